@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "linalg/matrix.hpp"
+#include "molecule/types.hpp"
+
+// Front door of the two-electron engine: Coulomb and exchange matrices of any number of densities at one geometry.
+
+namespace zentrix::INTEGRALS_2E {
+
+/// Default neglect threshold: contributions to J and K whose rigorous bound lies below it are skipped.
+inline constexpr double JK_THRESHOLD = 1e-11;
+
+/// The conventional/direct decision, with what the report says about it.
+struct JK_MODE_T {
+  bool conventional = false;
+  std::int64_t quartets = 0;   ///< canonical shell quartets that survive Q_ij Q_kl screening
+  std::int64_t integrals = 0;  ///< their bare Cartesian integrals
+  int limit_mb = 0;
+  int threads = 1;
+  double megabytes() const { return 8.0 * static_cast<double>(integrals) / (1024.0 * 1024.0); }
+};
+
+/// Coulomb and exchange matrices, one per density asked for.
+struct JK_RESULT_T {
+  std::vector<MATRIX> j;
+  std::vector<MATRIX> k;
+};
+
+/// Two-electron engine of one geometry: shell-pair data and Schwarz bounds, made once in the constructor; direct builds at
+/// any time; the integral store after `fill_store`. Holds its own copies of what it needs of the molecule.
+class JK_BUILDER {
+ public:
+  /// Stops the run when a shell is not sound.
+  explicit JK_BUILDER(const MOLECULE_T& molecule);
+  ~JK_BUILDER();
+  JK_BUILDER(JK_BUILDER&&) noexcept;
+  JK_BUILDER& operator=(JK_BUILDER&&) noexcept;
+
+  /// Counts the surviving quartets and compares 8 x integrals with limit_mb x 2^20 bytes (equal still means conventional).
+  [[nodiscard]] JK_MODE_T decide_mode(int limit_mb) const;
+
+  /// Computes and keeps all surviving integrals; from then on `build` contracts the store.
+  void fill_store();
+  [[nodiscard]] bool has_store() const;
+  /// Bytes the store really occupies (padding included).
+  [[nodiscard]] std::int64_t store_bytes() const;
+
+  /// J_ab = sum (ab|cd) D_cd for every density of `for_j` and K_ac = sum (ab|cd) D_bd for every density of `for_k`.
+  /// Densities are symmetric, n_basis x n_basis, in the run's functions (Cartesian or spherical), and so are the results.
+  /// A closed shell passes one density to both; an unrestricted state passes P_alpha + P_beta for J and the two spin
+  /// densities for K; an empty list skips the work of that matrix.
+  [[nodiscard]] JK_RESULT_T build(std::span<const MATRIX> for_j, std::span<const MATRIX> for_k,
+                                  double threshold = JK_THRESHOLD) const;
+
+  /// Schwarz bound of every shell pair, Q_ij = sqrt(max (ij|ij)) over normalised functions; symmetric nshell x nshell.
+  [[nodiscard]] const MATRIX& schwarz() const;
+
+ private:
+  struct IMPLEMENTATION;
+  std::unique_ptr<IMPLEMENTATION> implementation_;
+};
+
+/// Prints the decision in the words of the report.
+void print_mode(const JK_MODE_T& mode, std::ostream& report);
+
+}  // namespace zentrix::INTEGRALS_2E

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <iosfwd>
+#include <string>
+
+#include "linalg/matrix.hpp"
+#include "molecule/types.hpp"
+
+namespace zentrix::INTEGRALS_1E {
+
+/// S, T, V and H_core = T + V over the functions of the run, n_basis x n_basis.
+struct ONE_ELECTRON_T {
+  MATRIX s;
+  MATRIX t;
+  MATRIX v;
+  MATRIX h_core;
+};
+
+/// All four matrices, threaded over shell pairs; no printing.
+ONE_ELECTRON_T one_electron_matrices(const MOLECULE_T& molecule);
+
+MATRIX overlap(const MOLECULE_T& molecule);
+MATRIX kinetic(const MOLECULE_T& molecule);
+/// -sum_A Z_A <mu| 1/|r - R_A| |nu>, Z_A the atom record's charge.
+MATRIX nuclear_attraction(const MOLECULE_T& molecule);
+/// <mu|x|nu>, <mu|y|nu>, <mu|z|nu> about the point `origin` (bohr).
+std::array<MATRIX, 3> dipole(const MOLECULE_T& molecule, const std::array<double, 3>& origin = {});
+
+/// The same with progress lines and the diagnostics of every matrix.
+ONE_ELECTRON_T compute_one_electron(const MOLECULE_T& molecule, std::ostream& report);
+
+/// Trace, largest absolute element, smallest and largest diagonal element under a one-letter label.
+void print_matrix_diagnostics(const std::string& label, const MATRIX& matrix, std::ostream& report);
+/// Title line and the matrix in blocks of columns.
+void print_matrix(const std::string& title, const MATRIX& matrix, std::ostream& report);
+
+}  // namespace zentrix::INTEGRALS_1E
