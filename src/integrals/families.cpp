@@ -16,6 +16,18 @@ FAMILY_T& family_of(std::vector<FAMILY_T>& families, std::size_t begin, double e
   return families.back();
 }
 
+/// Orders the members by angular momentum and notes the runs of equal ones.
+void find_runs(FAMILY_T& family) {
+  std::stable_sort(family.members.begin(), family.members.end(),
+                   [](const FAMILY_MEMBER_T& a, const FAMILY_MEMBER_T& b) { return a.l < b.l; });
+  for (std::size_t m = 0; m < family.members.size(); ++m) {
+    const int l = family.members[m].l;
+    if (family.runs.empty() || family.runs.back().l != l) family.runs.push_back({l, m, m});
+    family.runs.back().end = m + 1;
+  }
+  family.l_max = family.runs.back().l;
+}
+
 }  // namespace
 
 std::vector<FAMILY_T> make_families(const MOLECULE_T& molecule) {
@@ -31,14 +43,10 @@ std::vector<FAMILY_T> make_families(const MOLECULE_T& molecule) {
         FAMILY_T& family = family_of(families, begin, shell.alpha[k]);
         family.atom = atom;
         family.center = molecule.atoms[atom].position;
-        family.l_max = std::max(family.l_max, shell.l);
         family.members.push_back({static_cast<int>(s), shell.l, offsets[s], shell.coeff[k]});
       }
     }
-    // Members in order of l: fold and unfold handle runs of equal l together.
-    for (std::size_t f = begin; f < families.size(); ++f)
-      std::stable_sort(families[f].members.begin(), families[f].members.end(),
-                       [](const FAMILY_MEMBER_T& a, const FAMILY_MEMBER_T& b) { return a.l < b.l; });
+    for (std::size_t f = begin; f < families.size(); ++f) find_runs(families[f]);
   }
   return families;
 }

@@ -20,12 +20,20 @@ struct FAMILY_MEMBER_T {
   double coefficient = 0.0;  ///< coefficient of the bare primitive in that shell
 };
 
+/// Members of equal angular momentum: positions begin .. end - 1 among the members.
+struct FAMILY_RUN_T {
+  int l = 0;
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
 struct FAMILY_T {
   int atom = 0;
   std::array<double, 3> center = {};  ///< bohr
   double exponent = 0.0;              ///< bohr^-2
   int l_max = 0;                      ///< highest angular momentum among the members
-  std::vector<FAMILY_MEMBER_T> members;
+  std::vector<FAMILY_MEMBER_T> members;  ///< by angular momentum, ascending
+  std::vector<FAMILY_RUN_T> runs;
 };
 
 /// The families of a molecule, ordered by atom, with every non-zero primitive of every shell in exactly one of them.

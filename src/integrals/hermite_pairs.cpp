@@ -41,22 +41,6 @@ struct PRODUCT_T {
   int order() const { return a.l_max + b.l_max; }
 };
 
-/// Members of equal angular momentum in a family: positions begin .. end - 1.
-struct RUN_T {
-  int l;
-  std::size_t begin;
-  std::size_t end;
-};
-
-std::vector<RUN_T> runs_of(const FAMILY_T& family) {
-  std::vector<RUN_T> runs;
-  for (std::size_t m = 0; m < family.members.size(); ++m) {
-    if (runs.empty() || runs.back().l != family.members[m].l) runs.push_back({family.members[m].l, m, m});
-    runs.back().end = m + 1;
-  }
-  return runs;
-}
-
 /// Powers of all components, by angular momentum.
 const std::vector<POWERS_T>& powers_of(int l) {
   static const auto table = [] {
@@ -99,7 +83,7 @@ double dot_product(const PRODUCT_T& product, const HERMITE_ROWS_T& rows, const P
   return sum;
 }
 
-double largest_coefficient(const FAMILY_T& family, const RUN_T& run) {
+double largest_coefficient(const FAMILY_T& family, const FAMILY_RUN_T& run) {
   double largest = 0.0;
   for (std::size_t m = run.begin; m < run.end; ++m) largest = std::max(largest, std::abs(family.members[m].coefficient));
   return largest;
@@ -120,8 +104,8 @@ double pair_bound(const PRODUCT_T& product) {
   const HERMITE_NORM_T norm(product.order(), product.p);
   const HERMITE_ROWS_T& rows = hermite_rows(product.order());
   double bound = 0.0;
-  for (const RUN_T& ra : runs_of(product.a))
-    for (const RUN_T& rb : runs_of(product.b)) {
+  for (const FAMILY_RUN_T& ra : product.a.runs)
+    for (const FAMILY_RUN_T& rb : product.b.runs) {
       double largest = 0.0;
       for (const POWERS_T& ca : powers_of(ra.l))
         for (const POWERS_T& cb : powers_of(rb.l)) {
@@ -156,7 +140,7 @@ std::vector<HERMITE_PAIR_T> pairs_of_atoms(const std::vector<FAMILY_T>& families
 }
 
 /// Sum over the members of two runs of c c' times their block of a matrix, nb fastest.
-void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const RUN_T& ra, const FAMILY_T& b, const RUN_T& rb, double* block) {
+void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb, double* block) {
   const int na = n_cartesian(ra.l);
   const int nb = n_cartesian(rb.l);
   std::fill_n(block, na * nb, 0.0);
@@ -172,7 +156,7 @@ void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const RUN_T& ra, const 
 }
 
 /// The transpose of sum_blocks: every member pair's block of the matrix gets c c' times the common one.
-void spread_block(const double* block, const FAMILY_T& a, const RUN_T& ra, const FAMILY_T& b, const RUN_T& rb,
+void spread_block(const double* block, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb,
                   MATRIX& matrix) {
   const int na = n_cartesian(ra.l);
   const int nb = n_cartesian(rb.l);
@@ -191,8 +175,8 @@ void fold_pair(const HERMITE_PAIRS_T& pairs, const HERMITE_PAIR_T& pair, const M
   const HERMITE_ROWS_T& rows = hermite_rows(pair.order);
   const double orders = pair.a == pair.b ? 1.0 : 2.0;
   std::fill_n(h, n_hermite(pair.order), 0.0);
-  for (const RUN_T& ra : runs_of(product.a))
-    for (const RUN_T& rb : runs_of(product.b)) {
+  for (const FAMILY_RUN_T& ra : product.a.runs)
+    for (const FAMILY_RUN_T& rb : product.b.runs) {
       double block[MAX_COMPONENTS * MAX_COMPONENTS];
       sum_blocks(density, product.a, ra, product.b, rb, block);
       const double* d = block;
@@ -205,8 +189,8 @@ void unfold_pair(const HERMITE_PAIRS_T& pairs, const HERMITE_PAIR_T& pair, const
   const PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
   const HERMITE_ROWS_T& rows = hermite_rows(pair.order);
   const double share = pair.a == pair.b ? 0.5 : 1.0;
-  for (const RUN_T& ra : runs_of(product.a))
-    for (const RUN_T& rb : runs_of(product.b)) {
+  for (const FAMILY_RUN_T& ra : product.a.runs)
+    for (const FAMILY_RUN_T& rb : product.b.runs) {
       double block[MAX_COMPONENTS * MAX_COMPONENTS];
       double* value = block;
       for (const POWERS_T& ca : powers_of(ra.l))

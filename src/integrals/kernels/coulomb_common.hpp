@@ -1,0 +1,61 @@
+#pragma once
+
+#include <utility>
+
+#include "integrals/kernels/boys_lanes.hpp"
+#include "integrals/kernels/coulomb_kernels.hpp"
+
+namespace zentrix::kernels::ZX_ISA {
+
+constexpr int hermite_count(int order) { return (order + 1) * (order + 2) * (order + 3) / 6; }
+
+/// Calls f(integral constant 0), ..., f(integral constant N - 1).
+template <int N, class F>
+ZX_INLINE void unroll(F&& f) {
+  [&]<int... I>(std::integer_sequence<int, I...>) __attribute__((always_inline)) {
+    (f(std::integral_constant<int, I>{}), ...);
+  }
+  (std::make_integer_sequence<int, N>{});
+}
+
+/// The powers of all Hermite functions up to ORDER, in the order of the Hermite vectors (z fastest).
+template <int ORDER>
+struct HERMITE_POWERS_T {
+  int t[hermite_count(ORDER)] = {};
+  int u[hermite_count(ORDER)] = {};
+  int v[hermite_count(ORDER)] = {};
+  constexpr HERMITE_POWERS_T() {
+    int n = 0;
+    for (int i = 0; i <= ORDER; ++i)
+      for (int j = 0; i + j <= ORDER; ++j)
+        for (int k = 0; i + j + k <= ORDER; ++k, ++n) {
+          t[n] = i;
+          u[n] = j;
+          v[n] = k;
+        }
+  }
+};
+
+/// P - Q and the auxiliary integrals (-2 alpha)^m F_m(alpha |P-Q|^2) / sqrt(p + q), alpha = p q / (p + q), of one block.
+template <int M>
+struct INTERACTION_T {
+  vec x, y, z;
+  vec base[M + 1];
+
+  ZX_INLINE INTERACTION_T(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const double* geometry, vec weight) {
+    const vec q = load(geometry);
+    x = bra.center[0] - load(geometry + LANES);
+    y = bra.center[1] - load(geometry + 2 * LANES);
+    z = bra.center[2] - load(geometry + 3 * LANES);
+    const vec root = rsqrt(bra.p + q);
+    const vec alpha = (bra.p * root) * (q * root);
+    boys_lanes<M>(boys, alpha * (x * x + y * y + z * z), base);
+    vec scale = weight * root;
+    for (int m = 0; m <= M; ++m) {
+      base[m] *= scale;
+      scale *= -2.0 * alpha;
+    }
+  }
+};
+
+}  // namespace zentrix::kernels::ZX_ISA
