@@ -24,13 +24,13 @@ COULOMB_KEYS_T make_keys(const HERMITE_PAIRS_T& pairs, const std::vector<double>
 /// Pairs of one total order, most important first, `lanes` of them per block.
 struct COULOMB_LIST_T {
   int order = 0;
-  std::vector<int> pair;        ///< index in HERMITE_PAIRS_T::pairs
-  std::vector<double> key;      ///< descending
-  int n_blocks = 0;             //
-  ALIGNED_VECTOR geometry;      ///< [block][p, x, y, z][lane]; empty lanes hold p = 1 at the origin
-  ALIGNED_VECTOR h;             ///< [block][density][u][lane], (-1)^u H_u; empty lanes hold zero
-  std::size_t first = 0;        ///< place of its potential in the accumulator of a thread
-  std::size_t block_size = 0;   ///< doubles of one block of h
+  std::vector<int> pair;       ///< index in HERMITE_PAIRS_T::pairs
+  std::vector<double> key;     ///< descending
+  int n_blocks = 0;            //
+  ALIGNED_VECTOR geometry;     ///< [block][p, x, y, z][lane]; empty lanes hold p = 1 at the origin
+  ALIGNED_VECTOR h;            ///< [block][density][u][lane], (-1)^u H_u; empty lanes hold zero
+  std::size_t first = 0;       ///< place of its potential in the accumulator of a thread
+  std::size_t block_size = 0;  ///< doubles of one block of h
 
   /// Number of blocks that hold a pair of at least this key.
   int blocks_above(double least_key, int lanes) const;

@@ -29,9 +29,9 @@ struct FAMILY_RUN_T {
 
 struct FAMILY_T {
   int atom = 0;
-  std::array<double, 3> center = {};  ///< bohr
-  double exponent = 0.0;              ///< bohr^-2
-  int l_max = 0;                      ///< highest angular momentum among the members
+  std::array<double, 3> center = {};     ///< bohr
+  double exponent = 0.0;                 ///< bohr^-2
+  int l_max = 0;                         ///< highest angular momentum among the members
   std::vector<FAMILY_MEMBER_T> members;  ///< by angular momentum, ascending
   std::vector<FAMILY_RUN_T> runs;
 };

@@ -65,8 +65,8 @@ HERMITE_NORM_T::HERMITE_NORM_T(int order, double p) : order_(order) {
 }
 
 double HERMITE_NORM_T::operator()(const double* h) const {
-  // R_{2t,2u,2v}(alpha, 0) = (2t-1)!! (2u-1)!! (2v-1)!! (-2 alpha)^n F_n(0), n = t + u + v, alpha = p/2, F_n(0) = 1/(2n+1); odd
-  // orders vanish.
+  // R_{2t,2u,2v}(alpha, 0) = (2t-1)!! (2u-1)!! (2v-1)!! (-2 alpha)^n F_n(0), n = t + u + v, alpha = p/2, F_n(0) = 1/(2n+1);
+  // odd orders vanish.
   double square = 0.0;  // the norm, squared
   double scale = 0.0;   // squares of the single terms: what rounding is relative to
   const auto& row = hermite_rows(order_).row;

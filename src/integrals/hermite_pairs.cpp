@@ -89,16 +89,6 @@ double largest_coefficient(const FAMILY_T& family, const FAMILY_RUN_T& run) {
   return largest;
 }
 
-/// Factor that normalises component (i, j, k) of a shell whose x^l is normalised.
-double component_norm(int l, const POWERS_T& c) {
-  const auto odd = [](int n) {
-    double f = 1.0;
-    for (int k = 2 * n - 1; k > 1; k -= 2) f *= k;
-    return f;
-  };
-  return std::sqrt(odd(l) / (odd(c.x) * odd(c.y) * odd(c.z)));
-}
-
 /// Largest Coulomb norm among the products of normalised functions of the two families.
 double pair_bound(const PRODUCT_T& product) {
   const HERMITE_NORM_T norm(product.order(), product.p);
@@ -107,11 +97,12 @@ double pair_bound(const PRODUCT_T& product) {
   for (const FAMILY_RUN_T& ra : product.a.runs)
     for (const FAMILY_RUN_T& rb : product.b.runs) {
       double largest = 0.0;
-      for (const POWERS_T& ca : powers_of(ra.l))
-        for (const POWERS_T& cb : powers_of(rb.l)) {
+      for (int ca = 0; ca < n_cartesian(ra.l); ++ca)
+        for (int cb = 0; cb < n_cartesian(rb.l); ++cb) {
           double h[n_hermite(HERMITE_MAX)];
           std::fill_n(h, n_hermite(product.order()), 0.0);
-          add_product(product, rows, ca, cb, component_norm(ra.l, ca) * component_norm(rb.l, cb), h);
+          const double normalise = shell_functions(ra.l, false)(ca, ca) * shell_functions(rb.l, false)(cb, cb);
+          add_product(product, rows, powers_of(ra.l)[ca], powers_of(rb.l)[cb], normalise, h);
           largest = std::max(largest, norm(h));
         }
       bound = std::max(bound, largest * largest_coefficient(product.a, ra) * largest_coefficient(product.b, rb));
@@ -140,7 +131,8 @@ std::vector<HERMITE_PAIR_T> pairs_of_atoms(const std::vector<FAMILY_T>& families
 }
 
 /// Sum over the members of two runs of c c' times their block of a matrix, nb fastest.
-void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb, double* block) {
+void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb,
+                double* block) {
   const int na = n_cartesian(ra.l);
   const int nb = n_cartesian(rb.l);
   std::fill_n(block, na * nb, 0.0);

@@ -18,6 +18,18 @@ ZX_INLINE void unroll(F&& f) {
   (std::make_integer_sequence<int, N>{});
 }
 
+/// Keeps a loaded value in a register: without it gcc reads a value that is used twice twice from memory, and loads, not
+/// multiply-adds, set the pace of the long products.
+ZX_INLINE void keep(vec& value) {
+#if defined(__AVX512F__)
+  asm("" : "+v"(value));
+#elif defined(__AVX2__)
+  asm("" : "+x"(value));
+#else
+  (void)value;
+#endif
+}
+
 /// The powers of all Hermite functions up to ORDER, in the order of the Hermite vectors (z fastest).
 template <int ORDER>
 struct HERMITE_POWERS_T {

@@ -10,7 +10,8 @@ namespace {
 
 constexpr int M_MAX = 2 * COULOMB_ORDER_MAX;
 
-/// t! / (i! (t - 2i)! 2^i): R_t^(0) = sum_i of it times x^(t-2i) R_0^(t-i), the closed form of the recursion in one direction.
+/// t! / (i! (t - 2i)! 2^i): R_t^(0) = sum_i of it times x^(t-2i) R_0^(t-i), the closed form of the recursion in one
+/// direction.
 struct CLOSED_FORM_T {
   double c[M_MAX + 1][M_MAX / 2 + 1] = {};
   constexpr CLOSED_FORM_T() {
@@ -91,7 +92,8 @@ ZX_INLINE void multiply_rows(const double* cube, const int* bra_places, const do
     const vec hk = load(h_ket + u * LANES);
     vec jk = load(j_ket + u * LANES);
     for (int k = 0; k < ROWS; ++k) {
-      const vec value = load(r[k] + ket_places[u]);
+      vec value = load(r[k] + ket_places[u]);
+      keep(value);
       j[k] += value * hk;
       jk += value * h[k];
     }
@@ -105,8 +107,7 @@ ZX_INLINE void multiply(const double* cube, int nt, const int* bra_places, const
   int t = 0;
   for (; t + 4 <= nt; t += 4)
     multiply_rows<4>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
-  for (; t < nt; ++t)
-    multiply_rows<1>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
+  for (; t < nt; ++t) multiply_rows<1>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
 }
 
 template <int BRA, int KET>
@@ -176,8 +177,10 @@ void generic_kernel(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const 
 template <int BRA, int KET>
 COULOMB_KERNEL pick(int bra_order, int ket_order) {
   if (bra_order == BRA && ket_order == KET) return high_kernel<BRA, KET>;
-  if constexpr (KET < BRA) return pick<BRA, KET + 1>(bra_order, ket_order);
-  else if constexpr (BRA < COULOMB_UNROLLED_ORDER_MAX) return pick<BRA + 1, 0>(bra_order, ket_order);
+  if constexpr (KET < BRA)
+    return pick<BRA, KET + 1>(bra_order, ket_order);
+  else if constexpr (BRA < COULOMB_UNROLLED_ORDER_MAX)
+    return pick<BRA + 1, 0>(bra_order, ket_order);
   return generic_kernel;
 }
 

@@ -127,8 +127,10 @@ constexpr int LOW_MAX = 5;
 template <int BRA, int KET>
 COULOMB_KERNEL pick(int bra_order, int ket_order) {
   if (bra_order == BRA && ket_order == KET) return low_kernel<BRA, KET>;
-  if constexpr (KET < BRA && BRA + KET < LOW_MAX) return pick<BRA, KET + 1>(bra_order, ket_order);
-  else if constexpr (BRA < LOW_MAX) return pick<BRA + 1, 0>(bra_order, ket_order);
+  if constexpr (KET < BRA && BRA + KET < LOW_MAX)
+    return pick<BRA, KET + 1>(bra_order, ket_order);
+  else if constexpr (BRA < LOW_MAX)
+    return pick<BRA + 1, 0>(bra_order, ket_order);
   return nullptr;
 }
 

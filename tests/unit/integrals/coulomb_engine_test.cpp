@@ -1,0 +1,197 @@
+#include "integrals/coulomb_engine.hpp"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+
+#include "integrals/boys.hpp"
+#include "integrals/cartesian.hpp"
+#include "integrals/kernels/isa.hpp"
+
+namespace zentrix::INTEGRALS_2E {
+namespace {
+
+SHELL_T shell(int atom, int l, std::vector<double> alpha, std::vector<double> coeff) {
+  SHELL_T s;
+  s.atom = atom;
+  s.l = l;
+  s.nprim = static_cast<int>(alpha.size());
+  s.alpha = std::move(alpha);
+  s.coeff = std::move(coeff);
+  return s;
+}
+
+MOLECULE_T molecule(const std::vector<std::array<double, 3>>& positions, std::vector<SHELL_T> shells) {
+  MOLECULE_T m;
+  for (const auto& position : positions) {
+    m.atoms.emplace_back();
+    m.atoms.back().position = position;
+  }
+  m.shells = std::move(shells);
+  return m;
+}
+
+/// Four centres, two of them at one place; tight, diffuse and shared exponents, s to g.
+MOLECULE_T mixed_molecule() {
+  return molecule(
+      {{{0.0, 0.0, 0.0}}, {{0.3, -0.4, 1.9}}, {{0.0, 0.0, 0.0}}, {{4.0, 3.0, -2.0}}},
+      {shell(0, 0, {5000.0, 80.0, 2.1, 0.4}, {30.0, 12.0, 1.1, 0.3}), shell(0, 0, {2.1, 0.4, 0.02}, {-0.4, 0.5, 0.05}),
+       shell(0, 1, {2.1, 0.4}, {1.2, 0.3}), shell(1, 2, {1.3}, {1.1}), shell(1, 3, {0.9}, {0.8}),
+       shell(2, 1, {11.0, 0.4}, {2.0, 0.2}), shell(3, 4, {0.7}, {0.5}), shell(3, 0, {0.01}, {0.03})});
+}
+
+/// Symmetric, without structure, elements within -1 .. 1.
+MATRIX some_density(int n, int seed) {
+  MATRIX d(n, n);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j <= i; ++j) d(i, j) = d(j, i) = std::sin(1.0 + 3.7 * i * (i + 1) / 2 + 2.3 * j + seed);
+  return d;
+}
+
+MATRIX build(const MOLECULE_T& m, const MATRIX& density, double threshold) {
+  return COULOMB_ENGINE(m).build({&density, 1}, threshold).front();
+}
+
+double largest_difference(const MATRIX& a, const MATRIX& b) { return (a - b).cwiseAbs().maxCoeff(); }
+
+struct THREADS_T {
+  int previous = omp_get_max_threads();
+  explicit THREADS_T(int n) { omp_set_num_threads(n); }
+  ~THREADS_T() { omp_set_num_threads(previous); }
+};
+
+/// Runs with the kernels of one instruction set.
+struct ISA_T {
+  explicit ISA_T(kernels::ISA isa) { setenv("ZENTRIX_ISA", kernels::isa_name(isa), 1); }
+  ~ISA_T() { unsetenv("ZENTRIX_ISA"); }
+};
+
+/// (ab|cd) of four s primitives in closed form: 2 pi^(5/2) / (p q sqrt(p + q)) K_ab K_cd F_0(p q / (p + q) |P - Q|^2).
+struct S_PRODUCT_T {
+  double p;
+  std::array<double, 3> center;
+  double factor;
+};
+std::vector<S_PRODUCT_T> s_products(const MOLECULE_T& m, const SHELL_T& a, const SHELL_T& b) {
+  std::vector<S_PRODUCT_T> products;
+  const auto& ra = m.atoms[a.atom].position;
+  const auto& rb = m.atoms[b.atom].position;
+  for (int i = 0; i < a.nprim; ++i)
+    for (int j = 0; j < b.nprim; ++j) {
+      S_PRODUCT_T s{a.alpha[i] + b.alpha[j], {}, 0.0};
+      double r2 = 0.0;
+      for (int k = 0; k < 3; ++k) {
+        s.center[k] = (a.alpha[i] * ra[k] + b.alpha[j] * rb[k]) / s.p;
+        r2 += (ra[k] - rb[k]) * (ra[k] - rb[k]);
+      }
+      s.factor = a.coeff[i] * b.coeff[j] * std::exp(-a.alpha[i] * b.alpha[j] / s.p * r2);
+      products.push_back(s);
+    }
+  return products;
+}
+double s_integral(const std::vector<S_PRODUCT_T>& bra, const std::vector<S_PRODUCT_T>& ket) {
+  double sum = 0.0;
+  for (const auto& x : bra)
+    for (const auto& y : ket) {
+      double r2 = 0.0;
+      for (int k = 0; k < 3; ++k) r2 += (x.center[k] - y.center[k]) * (x.center[k] - y.center[k]);
+      const double t = x.p * y.p / (x.p + y.p) * r2;
+      const double f0 = t < 1e-12 ? 1.0 : 0.5 * std::sqrt(std::numbers::pi / t) * std::erf(std::sqrt(t));
+      sum += x.factor * y.factor * 2.0 * std::pow(std::numbers::pi, 2.5) / (x.p * y.p * std::sqrt(x.p + y.p)) * f0;
+    }
+  return sum;
+}
+
+TEST(coulomb_engine, s_functions_agree_with_the_closed_form) {
+  const MOLECULE_T m =
+      molecule({{{0.0, 0.0, 0.0}}, {{0.0, 0.0, 1.4}}, {{0.0, 0.0, 0.0}}, {{0.0, 40.0, 0.0}}},
+               {shell(0, 0, {3000.0, 1.2, 0.3}, {9.0, 0.7, 0.4}), shell(0, 0, {1.2, 0.3}, {-0.2, 0.5}),
+                shell(1, 0, {0.8, 0.003}, {0.5, 0.01}), shell(2, 0, {0.3}, {0.3}), shell(3, 0, {2.0}, {1.1})});
+  const int n = static_cast<int>(m.shells.size());
+  const MATRIX d = some_density(n, 0);
+  MATRIX expected = MATRIX::Zero(n, n);
+  for (int a = 0; a < n; ++a)
+    for (int b = 0; b < n; ++b)
+      for (int c = 0; c < n; ++c)
+        for (int e = 0; e < n; ++e)
+          expected(a, b) +=
+              d(c, e) * s_integral(s_products(m, m.shells[a], m.shells[b]), s_products(m, m.shells[c], m.shells[e]));
+  EXPECT_LT(largest_difference(build(m, d, 1e-14), expected), 1e-12 * expected.cwiseAbs().maxCoeff());
+}
+
+TEST(coulomb_engine, instruction_sets_agree) {
+  const MOLECULE_T m = mixed_molecule();
+  const MATRIX d = some_density(cartesian_offsets(m).back(), 1);
+  const MATRIX baseline = [&] {
+    const ISA_T isa(kernels::ISA::baseline);
+    return build(m, d, 1e-14);
+  }();
+  for (kernels::ISA wide : {kernels::ISA::avx2, kernels::ISA::avx512}) {
+    if (wide > kernels::best_isa()) continue;
+    const ISA_T isa(wide);
+    EXPECT_LT(largest_difference(build(m, d, 1e-14), baseline), 1e-12 * baseline.cwiseAbs().maxCoeff())
+        << kernels::isa_name(wide);
+  }
+}
+
+TEST(coulomb_engine, several_densities_share_a_build) {
+  const MOLECULE_T m = mixed_molecule();
+  const int n = cartesian_offsets(m).back();
+  // Very different sizes: the small one must not lose to a screening made for the large one, nor the other way round.
+  const std::vector<MATRIX> densities = {some_density(n, 1), 1e-6 * some_density(n, 2), MATRIX::Zero(n, n)};
+  const std::vector<MATRIX> together = COULOMB_ENGINE(m).build(densities, 1e-13);
+  ASSERT_EQ(together.size(), densities.size());
+  for (std::size_t k = 0; k < densities.size(); ++k)
+    EXPECT_LT(largest_difference(together[k], build(m, densities[k], 1e-15)), 1e-11) << k;
+  EXPECT_TRUE(COULOMB_ENGINE(m).build({}, 1e-11).empty());
+}
+
+TEST(coulomb_engine, threads_repeat_and_agree) {
+  const MOLECULE_T m = mixed_molecule();
+  const MATRIX d = some_density(cartesian_offsets(m).back(), 3);
+  const auto with_threads = [&](int n) {
+    const THREADS_T threads(n);
+    return build(m, d, 1e-11);
+  };
+  const MATRIX one = with_threads(1);
+  EXPECT_LT(largest_difference(with_threads(2), one), 1e-9);
+  EXPECT_LT(largest_difference(with_threads(7), one), 1e-9);
+  for (int n : {1, 2, 3}) EXPECT_EQ(with_threads(n), with_threads(n)) << n;
+}
+
+TEST(coulomb_engine, precise_boys_mode_reaches_the_kernels) {
+  const MOLECULE_T m = mixed_molecule();
+  const MATRIX d = some_density(cartesian_offsets(m).back(), 4);
+  const MATRIX ordinary = build(m, d, 1e-13);
+  const BOYS::PRECISE_MODE_GUARD guard;
+  const MATRIX precise = build(m, d, 1e-13);
+  EXPECT_LT(largest_difference(precise, ordinary), 1e-12 * ordinary.cwiseAbs().maxCoeff());
+  EXPECT_NE(precise, ordinary);
+}
+
+/// A stretched chain: most interactions are near or below the threshold, so a bound that is too small shows at once.
+TEST(coulomb_engine, screening_keeps_what_matters) {
+  std::vector<std::array<double, 3>> positions;
+  std::vector<SHELL_T> shells;
+  for (int atom = 0; atom < 8; ++atom) {
+    positions.push_back({2.6 * atom, 0.4 * (atom % 3), 0.0});
+    shells.push_back(shell(atom, 0, {130.0, 23.0, 6.4, 0.38}, {4.2, 6.6, 1.9, 0.2}));
+    shells.push_back(shell(atom, 1, {6.4, 0.38, 0.05}, {3.8, 0.3, 0.02}));
+    shells.push_back(shell(atom, 2, {0.8}, {1.1}));
+  }
+  const MOLECULE_T m = molecule(positions, shells);
+  const int n = cartesian_offsets(m).back();
+  for (double size : {1.0, 1e-5}) {  // 1e-5: an incremental build
+    const MATRIX d = size * some_density(n, 5);
+    const MATRIX exact = build(m, d, 1e-16);
+    EXPECT_LT(largest_difference(build(m, d, 1e-11), exact), 1e-9) << size;
+    EXPECT_GT(largest_difference(build(m, d, 1e-7), exact), 0.0) << size;
+  }
+  EXPECT_EQ(build(m, MATRIX::Zero(n, n), 1e-11), MATRIX::Zero(n, n));
+}
+
+}  // namespace
+}  // namespace zentrix::INTEGRALS_2E
