@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "input/input_data.hpp"
+
+// The one table of input keywords: parsing, error messages and the manual's keyword chapter all follow from it.
+
+namespace zentrix::INPUT_PARSER {
+
+struct KEYWORD_T {
+  const char* name;                                          ///< without '%', upper case
+  std::vector<const char*> aliases;                          ///< full equivalents
+  const char* value;                                         ///< kind of value, for the manual
+  const char* standard;                                      ///< default, for the manual
+  const char* meaning;                                       ///< one line for the manual
+  const char* valid;                                         ///< text after "Valid: " when a value is refused
+  bool whole_line;                                           ///< the value is the whole rest of the line, blanks included
+  bool bare_yes;                                             ///< written alone it means yes
+  bool (*set)(INPUT_DATA_T& input, std::string_view value);  ///< false: the value is not valid
+};
+
+const std::vector<KEYWORD_T>& keyword_table();
+
+/// Row of a keyword or alias in any case; null when there is none.
+const KEYWORD_T* find_keyword(std::string_view word);
+
+/// The keyword chapter of the manual, in Markdown, made from the table.
+std::string keyword_manual();
+
+}  // namespace zentrix::INPUT_PARSER
