@@ -15,6 +15,8 @@ namespace zentrix::INTEGRALS_2E {
 
 /// Default neglect threshold: contributions to J and K whose rigorous bound lies below it are skipped.
 inline constexpr double JK_THRESHOLD = 1e-11;
+/// Quartets with Q_ij Q_kl below this are neither counted nor stored; the plain product, as no density is known yet.
+inline constexpr double STORE_THRESHOLD = 1e-12;
 
 /// The conventional/direct decision, with what the report says about it.
 struct JK_MODE_T {

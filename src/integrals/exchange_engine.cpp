@@ -1,0 +1,166 @@
+#include "integrals/exchange_engine.hpp"
+
+#include <omp.h>
+
+#include <algorithm>
+
+#include "integrals/scalar_quartet.hpp"
+
+namespace zentrix::INTEGRALS_2E {
+
+namespace {
+
+/// Primitive quartets whose product of prefactors lies this far below the threshold are left out.
+constexpr double PRIMITIVE_SAFETY = 1e-3;
+
+/// Buffers of one thread.
+struct THREAD_T {
+  QUARTET_WORK_T work;
+  ALIGNED_DOUBLES density_panels, exchange_panels;  ///< one after the other for all densities
+  std::vector<double> weight;                       ///< largest density element between a shell and the bra's shells
+  std::vector<const SHELL_PAIR_T*> kets;
+  std::vector<double> block;
+
+  THREAD_T(const SHELL_PAIRS_T& data, int lanes, std::size_t n_densities)
+      : work(data.max_l, data.max_primitives, lanes),
+        density_panels(n_densities * panel_doubles(data)),
+        exchange_panels(n_densities * panel_doubles(data)),
+        weight(static_cast<std::size_t>(data.n_shells())) {
+    std::size_t longest = 0;
+    for (const PAIR_LIST_T& list : data.lists) longest = std::max(longest, list.pairs.size());
+    kets.reserve(longest);
+  }
+};
+
+class DIRECT_BUILD {
+ public:
+  DIRECT_BUILD(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, const std::vector<const MATRIX*>& densities,
+               double threshold)
+      : data_(data),
+        kernels_(kernels),
+        densities_(densities),
+        threshold_(threshold),
+        boys_(kernels::boys_service()),
+        maxima_(block_maxima(data, densities)),
+        panel_(panel_doubles(data)) {}
+
+  /// All quartets of one bra, added to its columns of the targets.
+  void bra(THREAD_T& thread, const BRA_T& bra_at, std::vector<MATRIX>& targets) const {
+    const PAIR_LIST_T& list = data_.lists[static_cast<std::size_t>(bra_at.list)];
+    const SHELL_PAIR_T& bra = list.pairs[static_cast<std::size_t>(bra_at.index)];
+    double largest = 0.0;
+    for (int s = 0; s < data_.n_shells(); ++s) {
+      const double w = std::max(maxima_(s, bra.shell_i), maxima_(s, bra.shell_j));
+      thread.weight[static_cast<std::size_t>(s)] = w;
+      largest = std::max(largest, w);
+    }
+    bool panels_filled = false;
+    for (int ket_list = 0; ket_list <= bra_at.list; ++ket_list) {
+      select_kets(thread, bra, data_.lists[static_cast<std::size_t>(ket_list)], ket_limit(data_, bra_at, ket_list), largest);
+      if (thread.kets.empty()) continue;
+      if (!panels_filled) fill_panels(thread, bra, list);
+      panels_filled = true;
+      const PAIR_LIST_T& kets = data_.lists[static_cast<std::size_t>(ket_list)];
+      if (list.vectorised() && kets.vectorised())
+        digest_vectors(thread, bra, list, kets);
+      else
+        digest_scalars(thread, bra);
+    }
+    if (!panels_filled) return;
+    for (std::size_t n = 0; n < densities_.size(); ++n)
+      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(), targets[n]);
+  }
+
+ private:
+  /// Kets with Q_bra Q_ket max |D| >= threshold.
+  void select_kets(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, int limit, double largest) const {
+    thread.kets.clear();
+    const double required = threshold_ / bra.bound;
+    const double* weight = thread.weight.data();
+    for (int k = 0; k < limit; ++k) {
+      const SHELL_PAIR_T& ket = list.pairs[static_cast<std::size_t>(k)];
+      if (ket.bound * largest < required) break;
+      if (ket.bound * std::max(weight[ket.shell_i], weight[ket.shell_j]) >= required) thread.kets.push_back(&ket);
+    }
+  }
+
+  void fill_panels(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list) const {
+    for (std::size_t n = 0; n < densities_.size(); ++n)
+      fill_panel(*densities_[n], bra, list.na(), list.nb(), thread.density_panels.data() + n * panel_);
+    std::fill_n(thread.exchange_panels.data(), densities_.size() * panel_, 0.0);
+  }
+
+  void digest_vectors(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, const PAIR_LIST_T& kets) const {
+    const int ket_class = kernels::pair_class(kets.la, kets.lb);
+    const auto front = kernels_.table->front[kernels::pair_class(list.la, list.lb)][ket_class];
+    const auto digest = kernels_.table->digest_rows[ket_class];
+    kernels::DIGEST_T target;
+    target.na = list.na();
+    target.nb = list.nb();
+    const int n_kets = static_cast<int>(thread.kets.size());
+    for (int k = 0; k < n_kets; k += kernels_.lanes) {
+      const kernels::BATCH_T batch =
+          make_batch(bra, thread.kets.data() + k, std::min(kernels_.lanes, n_kets - k), threshold_ * PRIMITIVE_SAFETY);
+      front(batch, boys_, thread.work.scratch.data(), thread.work.rows.data());
+      for (std::size_t n = 0; n < densities_.size(); ++n) {
+        target.dp = thread.density_panels.data() + n * panel_;
+        target.kp = thread.exchange_panels.data() + n * panel_;
+        digest(batch, target, thread.work.scratch.data(), thread.work.rows.data());
+      }
+    }
+  }
+
+  void digest_scalars(THREAD_T& thread, const SHELL_PAIR_T& bra) const {
+    for (const SHELL_PAIR_T* ket : thread.kets) {
+      scalar_block(data_, bra, *ket, thread.block);
+      for (std::size_t n = 0; n < densities_.size(); ++n)
+        digest_scalar_exchange(data_, bra, *ket, thread.block.data(), thread.density_panels.data() + n * panel_,
+                               thread.exchange_panels.data() + n * panel_);
+    }
+  }
+
+  const SHELL_PAIRS_T& data_;
+  const KERNEL_CHOICE_T& kernels_;
+  const std::vector<const MATRIX*>& densities_;
+  double threshold_;
+  kernels::BOYS_SERVICE_T boys_;
+  MATRIX maxima_;
+  std::size_t panel_;
+};
+
+}  // namespace
+
+KERNEL_CHOICE_T choose_kernels(kernels::ISA isa) { return {&(*ZX_PICK(isa, quartet_kernels))(), kernels::lane_count(isa)}; }
+
+std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels,
+                                    const std::vector<const MATRIX*>& densities, double threshold) {
+  const int n = data.n_components();
+  const std::size_t n_densities = densities.size();
+  if (n_densities == 0) return {};
+  const DIRECT_BUILD build(data, kernels, densities, threshold);
+  const std::vector<BRA_T> order = bra_order(data);
+  const int threads = omp_get_max_threads();
+  const int slots = slot_count(threads, n_densities * static_cast<std::size_t>(n) * static_cast<std::size_t>(n));
+  std::vector<std::vector<MATRIX>> halves(static_cast<std::size_t>(slots));
+  std::vector<THREAD_T> thread_data;
+  for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_densities);
+
+#pragma omp parallel for schedule(dynamic, 1)
+  for (int slot = 0; slot < slots; ++slot) {
+    THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
+    std::vector<MATRIX>& targets = halves[static_cast<std::size_t>(slot)];
+    targets.assign(n_densities, MATRIX::Zero(n, n));
+    for (std::size_t b = static_cast<std::size_t>(slot); b < order.size(); b += static_cast<std::size_t>(slots))
+      build.bra(thread, order[b], targets);
+  }
+
+  std::vector<MATRIX> exchange;
+  for (std::size_t d = 0; d < n_densities; ++d) {
+    MATRIX half = std::move(halves[0][d]);
+    for (std::size_t slot = 1; slot < halves.size(); ++slot) half += halves[slot][d];
+    exchange.push_back(half + half.transpose());
+  }
+  return exchange;
+}
+
+}  // namespace zentrix::INTEGRALS_2E

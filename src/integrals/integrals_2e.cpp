@@ -1,0 +1,91 @@
+#include "integrals/integrals_2e.hpp"
+
+#include <omp.h>
+
+#include "integrals/cartesian.hpp"
+#include "integrals/coulomb_engine.hpp"
+#include "integrals/eri_store.hpp"
+
+namespace zentrix::INTEGRALS_2E {
+
+namespace {
+
+/// What the way between the run's functions and bare components needs of a molecule.
+MOLECULE_T without_atoms(const MOLECULE_T& molecule) {
+  MOLECULE_T copy;
+  copy.shells = molecule.shells;
+  copy.n_basis = molecule.n_basis;
+  copy.n_cartesian = molecule.n_cartesian;
+  copy.n_spherical = molecule.n_spherical;
+  copy.spherical = molecule.spherical;
+  return copy;
+}
+
+}  // namespace
+
+struct JK_BUILDER::IMPLEMENTATION {
+  MOLECULE_T functions;  ///< shells alone
+  KERNEL_CHOICE_T kernels;
+  SHELL_PAIRS_T pairs;
+  COULOMB_ENGINE coulomb;
+  std::unique_ptr<ERI_STORE_T> store;
+
+  explicit IMPLEMENTATION(const MOLECULE_T& molecule)
+      : functions(without_atoms(molecule)),
+        kernels(choose_kernels(kernels::chosen_isa())),
+        pairs(make_shell_pairs(molecule, *kernels.table, kernels.lanes)),
+        coulomb(molecule) {}
+
+  std::vector<MATRIX> cartesian(std::span<const MATRIX> densities) const {
+    std::vector<MATRIX> result;
+    for (const MATRIX& density : densities) result.push_back(to_cartesian(functions, density));
+    return result;
+  }
+};
+
+JK_BUILDER::JK_BUILDER(const MOLECULE_T& molecule) : implementation_(std::make_unique<IMPLEMENTATION>(molecule)) {}
+JK_BUILDER::~JK_BUILDER() = default;
+JK_BUILDER::JK_BUILDER(JK_BUILDER&&) noexcept = default;
+JK_BUILDER& JK_BUILDER::operator=(JK_BUILDER&&) noexcept = default;
+
+JK_MODE_T JK_BUILDER::decide_mode(int limit_mb) const {
+  const ERI_STORE_T plan(implementation_->pairs, implementation_->kernels, STORE_THRESHOLD);
+  JK_MODE_T mode;
+  mode.quartets = plan.quartets();
+  mode.integrals = plan.integrals();
+  mode.limit_mb = limit_mb;
+  mode.threads = omp_get_max_threads();
+  mode.conventional = 8 * mode.integrals <= static_cast<std::int64_t>(limit_mb) * 1024 * 1024;
+  return mode;
+}
+
+void JK_BUILDER::fill_store() {
+  auto store = std::make_unique<ERI_STORE_T>(implementation_->pairs, implementation_->kernels, STORE_THRESHOLD);
+  store->fill(implementation_->pairs, implementation_->kernels);
+  implementation_->store = std::move(store);
+}
+
+bool JK_BUILDER::has_store() const { return implementation_->store != nullptr; }
+
+std::int64_t JK_BUILDER::store_bytes() const { return has_store() ? implementation_->store->bytes() : 0; }
+
+JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MATRIX> for_k, double threshold) const {
+  const IMPLEMENTATION& engine = *implementation_;
+  const std::vector<MATRIX> j_densities = engine.cartesian(for_j), k_densities = engine.cartesian(for_k);
+  JK_RESULT_T result;
+  if (engine.store) {
+    engine.store->contract(engine.pairs, engine.kernels, j_densities, k_densities, result.j, result.k);
+  } else {
+    if (!j_densities.empty()) result.j = engine.coulomb.build(j_densities, threshold);
+    std::vector<const MATRIX*> pointers;
+    for (const MATRIX& density : k_densities) pointers.push_back(&density);
+    result.k = exchange_direct(engine.pairs, engine.kernels, pointers, threshold);
+  }
+  for (MATRIX& matrix : result.j) matrix = to_functions(engine.functions, matrix);
+  for (MATRIX& matrix : result.k) matrix = to_functions(engine.functions, matrix);
+  return result;
+}
+
+const MATRIX& JK_BUILDER::schwarz() const { return implementation_->pairs.schwarz; }
+
+}  // namespace zentrix::INTEGRALS_2E

@@ -1,0 +1,7 @@
+#include "integrals/kernels/front.hpp"
+
+namespace zentrix::kernels::ZX_ISA {
+
+void fill_fronts_ff(FRONT* row) { FRONTS_OF_BRA<3, 3>::fill<KERNEL_PAIR_CLASSES - 1>(row); }
+
+}  // namespace zentrix::kernels::ZX_ISA

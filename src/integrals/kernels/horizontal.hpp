@@ -1,0 +1,71 @@
+#pragma once
+
+#include "integrals/kernels/components.hpp"
+
+// Horizontal recursion (Head-Gordon, Pople, J. Chem. Phys. 89 (1988) 5777): (a, b + 1_i) = (a + 1_i, b) + (A-B)_i (a, b), on
+// contracted numbers, from (e, 0) with e = LA .. LA + LB to the block (a, b). The same code serves the bra, whose A - B is
+// one number for all lanes, and the ket, whose C - D is a vector.
+
+namespace zentrix::kernels::ZX_ISA {
+
+template <int LA, int LB>
+struct HORIZONTAL {
+  static constexpr int E0 = level_offset(LA);
+  static constexpr int NE = level_offset(LA + LB + 1) - E0;
+  static constexpr int NA = component_count(LA), NB = component_count(LB);
+
+  // Intermediate (e, b) with b of level beta, e = LA .. LA + LB - beta, at table(beta) + (e - E0) count(beta) + b.
+  static constexpr int elements(int beta) { return (level_offset(LA + LB - beta + 1) - E0) * component_count(beta); }
+  static constexpr int table(int beta) {
+    int at = 0;
+    for (int level = 1; level < beta; ++level) at += elements(level);
+    return at;
+  }
+  static constexpr int TEMPORARIES = LB > 1 ? table(LB) : 1;
+
+  /// Direction in which (., b) is raised to: the first non-zero power.
+  static constexpr int direction(int b) {
+    const COMPONENT_T c = component(b);
+    return c.power[0] > 0 ? 0 : c.power[1] > 0 ? 1 : 2;
+  }
+
+  /// Element (e, b) of level BETA from the level below. `source` reads (e, 0) by e - E0; e is a constant in unrolled code.
+  template <int BETA, int B, class SOURCE, class SEPARATION>
+  static ZX_INLINE vec element(const SOURCE& source, const vec* temporary, const SEPARATION* separation, int e) {
+    if constexpr (BETA == 0) {
+      return source(e - E0);
+    } else {
+      constexpr int b = level_offset(BETA) + B, i = direction(b), lower = component(b).lower[i];
+      const int up = component(e).raise[i];
+      if constexpr (BETA == 1) {
+        return source(up - E0) + separation[i] * source(e - E0);
+      } else {
+        constexpr int n = component_count(BETA - 1), below = lower - level_offset(BETA - 1);
+        const vec* t = temporary + table(BETA - 1);
+        return t[(up - E0) * n + below] + separation[i] * t[(e - E0) * n + below];
+      }
+    }
+  }
+
+  /// All intermediates below the last level.
+  template <class SOURCE, class SEPARATION>
+  static ZX_INLINE void intermediates(const SOURCE& source, vec* temporary, const SEPARATION* separation) {
+    unroll<1, LB>([&](auto level) __attribute__((always_inline)) {
+      constexpr int beta = decltype(level)::value, n = component_count(beta);
+      loop<E0, level_offset(LA + LB - beta + 1), (NA <= 6)>([&](int e) __attribute__((always_inline)) {
+        vec* out = temporary + table(beta) + (e - E0) * n;
+        unroll<0, n>([&](auto index) __attribute__((always_inline)) {
+          out[decltype(index)::value] = element<beta, decltype(index)::value>(source, temporary, separation, e);
+        });
+      });
+    });
+  }
+
+  /// Element (a, b) of the block, a and b counted inside their shells.
+  template <int B, class SOURCE, class SEPARATION>
+  static ZX_INLINE vec last(const SOURCE& source, const vec* temporary, const SEPARATION* separation, int a) {
+    return element<LB, B>(source, temporary, separation, E0 + a);
+  }
+};
+
+}  // namespace zentrix::kernels::ZX_ISA

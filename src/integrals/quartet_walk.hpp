@@ -1,0 +1,51 @@
+#pragma once
+
+#include <vector>
+
+#include "integrals/shell_pairs.hpp"
+#include "integrals/workspace.hpp"
+
+// How the pairs of a molecule are cut into tasks and batches; shared by the direct exchange build, the integral store and
+// the contraction of the store.
+
+namespace zentrix::INTEGRALS_2E {
+
+/// One bra pair: its list and its place there.
+struct BRA_T {
+  int list = 0;
+  int index = 0;
+};
+
+/// All bra pairs, expensive ones first.
+std::vector<BRA_T> bra_order(const SHELL_PAIRS_T& data);
+
+/// Kets of list `ket_list` that may meet the bra: all of a lower list, the ones up to the bra itself in its own.
+inline int ket_limit(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list) {
+  return ket_list == bra.list ? bra.index + 1
+                              : static_cast<int>(data.lists[static_cast<std::size_t>(ket_list)].pairs.size());
+}
+
+/// Number of leading kets of a list with Q_bra Q_ket >= threshold (lists are sorted).
+int surviving_kets(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list, double threshold);
+
+/// Up to `lanes` kets from `kets` with the symmetry factors of their quartets; unused lanes repeat the first ket with factor
+/// 0.
+kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* kets, int count, double primitive_cutoff);
+
+/// Number of independent accumulators (slots) of a threaded build. Bra number n always goes to slot n mod slots and a slot
+/// is worked off in order by one thread at a time, so equal thread counts give equal digits whichever thread takes which
+/// slot. More slots than threads balance the load; memory limits them.
+int slot_count(int threads, std::size_t doubles_per_slot);
+
+/// Largest |D_ab| of every shell block over all densities, for components of self-overlap 1; nshell x nshell.
+MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities);
+
+/// Columns of the bra's two shells of a symmetric matrix, as rows of na + nb doubles for every component, into `panel`.
+void fill_panel(const MATRIX& density, const SHELL_PAIR_T& bra, int na, int nb, double* panel);
+/// Adds a panel to the columns of the bra's shells.
+void add_panel(const double* panel, const SHELL_PAIR_T& bra, int na, int nb, MATRIX& target);
+
+/// Doubles of the panels of any bra, with the spare doubles that whole vectors need.
+std::size_t panel_doubles(const SHELL_PAIRS_T& data);
+
+}  // namespace zentrix::INTEGRALS_2E

@@ -1,0 +1,174 @@
+#include "integrals/shell_pairs.hpp"
+
+#include <omp.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <numbers>
+#include <tuple>
+
+#include "integrals/cartesian.hpp"
+#include "integrals/schwarz.hpp"
+#include "molecule/shell_validation.hpp"
+
+namespace zentrix::INTEGRALS_2E {
+
+namespace {
+
+/// A pair whose overlap factor exp(-mu R^2) is below exp(-90) everywhere is zero for every purpose.
+constexpr double LARGEST_OVERLAP_EXPONENT = 90.0;
+/// Pairs below this product with the largest bound can never pass a threshold (the tightest in use is 1e-14).
+constexpr double PAIR_CUTOFF = 1e-16;
+/// Primitive pairs below this product of prefactors never change a digit.
+constexpr double PRIMITIVE_PAIR_CUTOFF = 1e-18;
+
+double distance_squared(const std::array<double, 3>& a, const std::array<double, 3>& b) {
+  double r2 = 0.0;
+  for (int i = 0; i < 3; ++i) r2 += (a[i] - b[i]) * (a[i] - b[i]);
+  return r2;
+}
+
+bool far_apart(const SHELL_T& a, const SHELL_T& b, double r2) {
+  const double x = *std::min_element(a.alpha.begin(), a.alpha.end());
+  const double y = *std::min_element(b.alpha.begin(), b.alpha.end());
+  return x * y / (x + y) * r2 > LARGEST_OVERLAP_EXPONENT;
+}
+
+/// Lists hold pairs of up to that many primitives; steps of about 4/3 keep lanes busy without too many short lists.
+int primitive_bucket(int n) {
+  int bucket = 1;
+  while (bucket < n) bucket += std::max(1, bucket / 3);
+  return bucket;
+}
+
+struct CANDIDATE_T {
+  SHELL_PAIR_T pair;
+  long first_primitive = 0;
+};
+
+/// All pairs that are not far apart, primitives appended to the molecule's array.
+std::vector<CANDIDATE_T> candidate_pairs(SHELL_PAIRS_T& data) {
+  std::vector<CANDIDATE_T> candidates;
+  for (int s = 0; s < data.n_shells(); ++s)
+    for (int t = 0; t <= s; ++t) {
+      const bool swap = data.shells[t].l > data.shells[s].l;
+      const int i = swap ? t : s, j = swap ? s : t;
+      const SHELL_T &a = data.shells[i], &b = data.shells[j];
+      if (far_apart(a, b, distance_squared(data.centers[i], data.centers[j]))) continue;
+      const auto primitives = primitive_pairs(a, data.centers[i], b, data.centers[j]);
+      CANDIDATE_T candidate;
+      candidate.first_primitive = static_cast<long>(data.primitives.size());
+      SHELL_PAIR_T& pair = candidate.pair;
+      pair.n_primitives = static_cast<int>(primitives.size());
+      pair.shell_i = i;
+      pair.shell_j = j;
+      pair.first_i = data.first[i];
+      pair.first_j = data.first[j];
+      for (int k = 0; k < 3; ++k) pair.separation[k] = data.centers[i][k] - data.centers[j][k];
+      pair.symmetry = i == j ? 0.5 : 1.0;
+      data.primitives.insert(data.primitives.end(), primitives.begin(), primitives.end());
+      data.max_primitives = std::max(data.max_primitives, pair.n_primitives);
+      candidates.push_back(candidate);
+    }
+  for (CANDIDATE_T& candidate : candidates) candidate.pair.primitives = data.primitives.data() + candidate.first_primitive;
+  return candidates;
+}
+
+/// Takes off the primitive pairs at the end of the list that never matter.
+void trim_primitives(SHELL_PAIR_T& pair, double largest_prefactor) {
+  while (pair.n_primitives > 1 &&
+         std::abs(pair.primitives[pair.n_primitives - 1].prefactor) * largest_prefactor < PRIMITIVE_PAIR_CUTOFF)
+    --pair.n_primitives;
+}
+
+void fill_lists(SHELL_PAIRS_T& data, std::vector<CANDIDATE_T>& candidates) {
+  double largest_bound = 0.0, largest_prefactor = 0.0;
+  for (const CANDIDATE_T& c : candidates) {
+    largest_bound = std::max(largest_bound, c.pair.bound);
+    largest_prefactor = std::max(largest_prefactor, std::abs(c.pair.primitives[0].prefactor));
+  }
+  std::map<std::tuple<int, int, int>, PAIR_LIST_T> lists;  // by rank: total angular momentum, larger one, bucket
+  for (CANDIDATE_T& c : candidates) {
+    SHELL_PAIR_T& pair = c.pair;
+    if (pair.bound * largest_bound < PAIR_CUTOFF) continue;
+    trim_primitives(pair, largest_prefactor);
+    const int la = data.shells[pair.shell_i].l, lb = data.shells[pair.shell_j].l;
+    PAIR_LIST_T& list = lists[{la + lb, la, primitive_bucket(pair.n_primitives)}];
+    list.la = la;
+    list.lb = lb;
+    list.pairs.push_back(pair);
+  }
+  for (auto& [key, list] : lists) {
+    std::stable_sort(list.pairs.begin(), list.pairs.end(),
+                     [](const SHELL_PAIR_T& x, const SHELL_PAIR_T& y) { return x.bound > y.bound; });
+    for (SHELL_PAIR_T& pair : list.pairs) {
+      pair.block = data.block_doubles;
+      data.block_doubles += list.block_size();
+    }
+    data.lists.push_back(std::move(list));
+  }
+}
+
+}  // namespace
+
+const std::vector<double>& component_norms(int l) {
+  static const auto all = [] {
+    std::array<std::vector<double>, LMAX + 1> norms;
+    for (int n = 0; n <= LMAX; ++n) {
+      const MATRIX& functions = shell_functions(n, false);
+      for (int k = 0; k < n_cartesian(n); ++k) norms[static_cast<std::size_t>(n)].push_back(functions(k, k));
+    }
+    return norms;
+  }();
+  return all[static_cast<std::size_t>(l)];
+}
+
+std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
+                                              const std::array<double, 3>& center_b) {
+  const double r2 = distance_squared(center_a, center_b);
+  const double constant = std::sqrt(2.0) * std::pow(std::numbers::pi, 1.25);
+  std::vector<PRIMITIVE_PAIR_T> list;
+  for (int m = 0; m < a.nprim; ++m)
+    for (int n = 0; n < b.nprim; ++n) {
+      const double x = a.alpha[m], y = b.alpha[n], p = x + y;
+      PRIMITIVE_PAIR_T pair;
+      pair.exponent = p;
+      for (int i = 0; i < 3; ++i) {
+        pair.from_first[i] = y / p * (center_b[i] - center_a[i]);
+        pair.center[i] = center_a[i] + pair.from_first[i];
+      }
+      pair.prefactor = a.coeff[m] * b.coeff[n] * std::exp(-x * y / p * r2) * constant / p;
+      list.push_back(pair);
+    }
+  std::stable_sort(list.begin(), list.end(), [](const PRIMITIVE_PAIR_T& x, const PRIMITIVE_PAIR_T& y) {
+    return std::abs(x.prefactor) > std::abs(y.prefactor);
+  });
+  return list;
+}
+
+SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTET_KERNELS_T& kernels, int lanes) {
+  SHELL_PAIRS_T data;
+  data.shells = molecule.shells;
+  data.first = cartesian_offsets(molecule);
+  for (const SHELL_T& shell : molecule.shells) {
+    validate_shell("compute_eri_contracted", shell);
+    data.centers.push_back(molecule.atoms[static_cast<std::size_t>(shell.atom)].position);
+    if (shell.l <= kernels::KERNEL_LMAX) data.max_l = std::max(data.max_l, shell.l);
+  }
+  std::vector<CANDIDATE_T> candidates = candidate_pairs(data);
+
+  data.schwarz = MATRIX::Zero(data.n_shells(), data.n_shells());
+  SCHWARZ_WORK work(data, kernels, lanes);
+#pragma omp parallel for schedule(dynamic, 16)
+  for (std::size_t n = 0; n < candidates.size(); ++n) {
+    SHELL_PAIR_T& pair = candidates[n].pair;
+    pair.bound = work.bound(omp_get_thread_num(), pair);
+    data.schwarz(pair.shell_i, pair.shell_j) = data.schwarz(pair.shell_j, pair.shell_i) = pair.bound;
+  }
+  fill_lists(data, candidates);
+  return data;
+}
+
+}  // namespace zentrix::INTEGRALS_2E

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "constants/limits.hpp"
+
+#include "integrals/kernels/quartet_kernels.hpp"
+#include "integrals/kernels/shell_pair.hpp"
+#include "linalg/matrix.hpp"
+#include "molecule/types.hpp"
+
+// Shell pairs of one geometry with their Schwarz bounds, in lists that the quartet kernels can take eight at a time.
+
+namespace zentrix::INTEGRALS_2E {
+
+using kernels::PRIMITIVE_PAIR_T;
+using kernels::SHELL_PAIR_T;
+
+/// Pairs of equal angular momenta and similar numbers of primitives, largest Schwarz bound first.
+struct PAIR_LIST_T {
+  int la = 0, lb = 0;
+  std::vector<SHELL_PAIR_T> pairs;
+
+  int na() const { return n_cartesian(la); }
+  int nb() const { return n_cartesian(lb); }
+  int block_size() const { return na() * nb(); }
+  /// True when the vector kernels have this class (the scalar reference serves the others).
+  bool vectorised() const { return la <= kernels::KERNEL_LMAX; }
+};
+
+/// Everything the exchange engine and the store know of a molecule.
+struct SHELL_PAIRS_T {
+  /// Lists in ascending rank (kernels::bra_before_ket): a quartet's bra list never precedes its ket list, and within one
+  /// list the bra never precedes the ket.
+  std::vector<PAIR_LIST_T> lists;
+  std::vector<PRIMITIVE_PAIR_T> primitives;
+  std::vector<SHELL_T> shells;
+  std::vector<std::array<double, 3>> centers;  ///< of the shells, bohr
+  std::vector<int> first;                      ///< first bare Cartesian component of every shell, and their number
+  MATRIX schwarz;                              ///< Q of all shell pairs
+  long block_doubles = 0;                      ///< size of an array of component blocks over all pairs
+  int max_primitives = 1;                      ///< most primitives of a pair
+  int max_l = 0;                               ///< highest angular momentum that the vector kernels meet
+
+  int n_shells() const { return static_cast<int>(shells.size()); }
+  int n_components() const { return first.back(); }
+};
+
+/// Primitive pairs of two shells, largest |prefactor| first.
+std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
+                                              const std::array<double, 3>& center_b);
+
+/// Pairs, bounds and lists. Stops the run when a shell is not sound. Pairs are dropped when even their product with the
+/// largest bound is below any threshold in use.
+SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTET_KERNELS_T& kernels, int lanes);
+
+/// Norm of every component relative to x^l: bare component times norm is a function of self-overlap 1.
+const std::vector<double>& component_norms(int l);
+
+}  // namespace zentrix::INTEGRALS_2E

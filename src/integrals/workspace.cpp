@@ -1,0 +1,35 @@
+#include "integrals/workspace.hpp"
+
+#include <algorithm>
+
+namespace zentrix::INTEGRALS_2E {
+
+namespace {
+
+/// Components of the levels l .. top.
+std::size_t components(int l, int top) {
+  std::size_t n = 0;
+  for (int level = l; level <= top; ++level) n += static_cast<std::size_t>(n_cartesian(level));
+  return n;
+}
+
+}  // namespace
+
+std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
+  // Front: contracted [e|f], one buffer of the recursion per ket level (planes m over all e), transposed ket primitives.
+  const auto top = static_cast<std::size_t>(2 * l);
+  const std::size_t contracted = components(0, 2 * l) * components(0, 2 * l);
+  const std::size_t work = components(0, 2 * l) * (2 * top + 1 + top * (top + 1) / 2);
+  const std::size_t kets = 9 * static_cast<std::size_t>(max_primitives);
+  // Back: densities and sums [c][a, b] and [d][a, b], rounded up to whole transposed blocks, and two blocks [c][d].
+  const auto n = static_cast<std::size_t>(n_cartesian(l));
+  const std::size_t back = 4 * (2 * n * n + 8) + 2 * (n * n + 8);
+  return (contracted + work + std::max(kets, back)) * static_cast<std::size_t>(lanes);
+}
+
+std::size_t row_doubles(int l, int lanes) {
+  const auto n = static_cast<std::size_t>(n_cartesian(l));
+  return n * n * (components(0, 2 * l) + 1) * static_cast<std::size_t>(lanes);
+}
+
+}  // namespace zentrix::INTEGRALS_2E
