@@ -21,6 +21,10 @@ std::string data_file_path(const std::string& file_name);
 std::string basis_file_name(const std::string& basis_name);
 /// The same with "_ecp.dat".
 std::string ecp_file_name(const std::string& basis_name);
+/// Where the files of a basis set are opened: by the rule above, or under the literal lower-case name where a file of that
+/// name exists (def2-SV(P), which the rule would confuse with def2-SVP).
+std::string basis_path(const std::string& basis_name);
+std::string ecp_path(const std::string& basis_name);
 
 /// Builds atoms, shells, ECPs and electron counts. 0 on success, otherwise a code after the reason was printed.
 [[nodiscard]] int build_molecule(const INPUT_PARSER::INPUT_DATA_T& input, MOLECULE_T& molecule, std::ostream& report);

@@ -66,6 +66,7 @@ struct MOLECULE_T {
 namespace zentrix {
 using TYPES::ATOM_T;
 using TYPES::ECP_T;
+using TYPES::ECP_TERM_T;
 using TYPES::MOLECULE_T;
 using TYPES::SHELL_T;
 }  // namespace zentrix

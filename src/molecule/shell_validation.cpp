@@ -1,0 +1,27 @@
+#include "molecule/shell_validation.hpp"
+
+#include <fmt/format.h>
+
+#include "constants/limits.hpp"
+#include "report/stop.hpp"
+
+namespace zentrix {
+
+std::string shell_fault(const SHELL_T& shell) {
+  if (shell.l < 0) return "negative angular momentum";
+  if (shell.l > LMAX) return fmt::format("l exceeds LMAX = {}", LMAX);
+  if (shell.nprim < 1) return fmt::format("nprim must be > 0, got {}", shell.nprim);
+  const auto n = static_cast<std::size_t>(shell.nprim);
+  if (shell.alpha.size() < n || shell.coeff.size() < n) return "normalize_shell: alpha/coeff not allocated";
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!(shell.alpha[i] > 0.0)) return fmt::format("alpha({}) <= 0: {}", i + 1, shell.alpha[i]);
+  }
+  return "";
+}
+
+void validate_shell(std::string_view routine, const SHELL_T& shell) {
+  const std::string fault = shell_fault(shell);
+  if (!fault.empty()) throw run_stopped(fmt::format("FATAL [{}]: {}", routine, fault));
+}
+
+}  // namespace zentrix
