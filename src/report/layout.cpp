@@ -1,0 +1,20 @@
+#include "report/layout.hpp"
+
+#include <fmt/chrono.h>
+#include <fmt/ostream.h>
+
+#include <ctime>
+
+namespace zentrix {
+
+std::string section_rule() { return " " + std::string(55, '='); }
+
+void print_section_heading(const std::string& number, const std::string& title, std::ostream& report) {
+  fmt::print(report, "\n --- Section {}: {} ---\n", number, title);
+}
+
+void print_timestamp(std::ostream& report) {
+  fmt::print(report, " Date and time: {:%Y-%m-%d %H:%M:%S}\n", fmt::localtime(std::time(nullptr)));
+}
+
+}  // namespace zentrix
