@@ -48,24 +48,33 @@ struct HERMITE_POWERS_T {
   }
 };
 
-/// P - Q and the auxiliary integrals (-2 alpha)^m F_m(alpha |P-Q|^2) / sqrt(p + q), alpha = p q / (p + q), of one block.
+/// What the R recursion of one block starts from: P - Q and base[m] = (-2 alpha)^m F_m(alpha |P-Q|^2) / sqrt(p + q) with
+/// alpha = p q / (p + q). Filled in two steps: kernels take a few blocks through the first, then through the second, so that
+/// the long chains of dependent operations of neighbouring blocks overlap.
 template <int M>
 struct INTERACTION_T {
   vec x, y, z;
+  vec argument, scale, step;
   vec base[M + 1];
 
-  ZX_INLINE INTERACTION_T(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const double* geometry, vec weight) {
+  ZX_INLINE void set_geometry(const COULOMB_BRA_T& bra, const double* geometry, vec weight) {
     const vec q = load(geometry);
     x = bra.center[0] - load(geometry + LANES);
     y = bra.center[1] - load(geometry + 2 * LANES);
     z = bra.center[2] - load(geometry + 3 * LANES);
     const vec root = rsqrt(bra.p + q);
     const vec alpha = (bra.p * root) * (q * root);
-    boys_lanes<M>(boys, alpha * (x * x + y * y + z * z), base);
-    vec scale = weight * root;
+    argument = alpha * (x * x + y * y + z * z);
+    scale = weight * root;
+    step = -2.0 * alpha;
+  }
+
+  ZX_INLINE void set_base(const BOYS_SERVICE_T& boys) {
+    boys_lanes<M>(boys, argument, base);
+    vec factor = scale;
     for (int m = 0; m <= M; ++m) {
-      base[m] *= scale;
-      scale *= -2.0 * alpha;
+      base[m] *= factor;
+      factor *= step;
     }
   }
 };

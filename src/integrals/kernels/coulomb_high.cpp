@@ -9,6 +9,8 @@ namespace zentrix::kernels::ZX_ISA {
 namespace {
 
 constexpr int M_MAX = 2 * COULOMB_ORDER_MAX;
+/// Highest total order whose R recursion is unrolled.
+constexpr int UNROLLED_CUBE = 8;
 
 /// t! / (i! (t - 2i)! 2^i): R_t^(0) = sum_i of it times x^(t-2i) R_0^(t-i), the closed form of the recursion in one
 /// direction.
@@ -68,6 +70,50 @@ ZX_INLINE void fill_cube(int m, vec x, vec y, vec z, const vec* base, vec* cube)
   }
 }
 
+/// The same with all loops unrolled, for the orders that matter most.
+template <int M>
+ZX_INLINE void fill_cube(vec x, vec y, vec z, const vec* base, vec* cube) {
+  constexpr int S = M + 1;
+  constexpr int S2 = S * S;
+  unroll<M + 1>([&](auto n) __attribute__((always_inline)) { cube[n * S2] = base[n]; });
+  unroll<M>([&](auto iv) __attribute__((always_inline)) {
+    constexpr int v = iv + 1;
+    unroll<M - v + 1>([&](auto n) __attribute__((always_inline)) {
+      vec value = z * cube[(n + 1) * S2 + v - 1];
+      if constexpr (v > 1) value += static_cast<double>(v - 1) * cube[(n + 1) * S2 + v - 2];
+      cube[n * S2 + v] = value;
+    });
+  });
+  unroll<M>([&](auto iu) __attribute__((always_inline)) {
+    constexpr int u = iu + 1;
+    unroll<M - u + 1>([&](auto in) __attribute__((always_inline)) {
+      constexpr int n = in;
+      unroll<M - u - n + 1>([&](auto v) __attribute__((always_inline)) {
+        vec value = y * cube[(n + 1) * S2 + (u - 1) * S + v];
+        if constexpr (u > 1) value += static_cast<double>(u - 1) * cube[(n + 1) * S2 + (u - 2) * S + v];
+        cube[n * S2 + u * S + v] = value;
+      });
+    });
+  });
+  vec power[M + 1];
+  power[0] = broadcast(1.0);
+  unroll<M>([&](auto t) __attribute__((always_inline)) { power[t + 1] = power[t] * x; });
+  unroll<M>([&](auto it) __attribute__((always_inline)) {
+    constexpr int t = M - it;
+    vec factor[t / 2 + 1];
+    unroll<t / 2 + 1>([&](auto i) __attribute__((always_inline)) { factor[i] = CLOSED_FORM.c[t][i] * power[t - 2 * i]; });
+    unroll<M - t + 1>([&](auto iu) __attribute__((always_inline)) {
+      constexpr int u = iu;
+      unroll<M - t - u + 1>([&](auto v) __attribute__((always_inline)) {
+        constexpr int place = t * S2 + u * S + v;
+        vec value = factor[0] * cube[place];
+        unroll<t / 2>([&](auto i) __attribute__((always_inline)) { value += factor[i + 1] * cube[place - (i + 1) * S2]; });
+        cube[place] = value;
+      });
+    });
+  });
+}
+
 /// Places of all Hermite functions of one order in the cube of total order m, in doubles.
 ZX_INLINE void fill_places(int order, int m, int* places) {
   const int s = m + 1;
@@ -77,13 +123,15 @@ ZX_INLINE void fill_places(int order, int m, int* places) {
       for (int v = 0; t + u + v <= order; ++v) places[n++] = ((t * s + u) * s + v) * LANES;
 }
 
-/// ROWS bra functions against all of one ket block.
-template <int ROWS>
+constexpr int ROWS = 5;
+
+/// N bra functions against all of one ket block.
+template <int N>
 ZX_INLINE void multiply_rows(const double* cube, const int* bra_places, const double* h_bra, double* j_bra, int nu,
                              const int* ket_places, const double* h_ket, double* j_ket) {
-  const double* r[ROWS];
-  vec j[ROWS], h[ROWS];
-  for (int k = 0; k < ROWS; ++k) {
+  const double* r[N];
+  vec j[N], h[N];
+  for (int k = 0; k < N; ++k) {
     r[k] = cube + bra_places[k];
     j[k] = load(j_bra + k * LANES);
     h[k] = broadcast(h_bra[k]);
@@ -91,7 +139,7 @@ ZX_INLINE void multiply_rows(const double* cube, const int* bra_places, const do
   for (int u = 0; u < nu; ++u) {
     const vec hk = load(h_ket + u * LANES);
     vec jk = load(j_ket + u * LANES);
-    for (int k = 0; k < ROWS; ++k) {
+    for (int k = 0; k < N; ++k) {
       vec value = load(r[k] + ket_places[u]);
       keep(value);
       j[k] += value * hk;
@@ -99,15 +147,19 @@ ZX_INLINE void multiply_rows(const double* cube, const int* bra_places, const do
     }
     store(j_ket + u * LANES, jk);
   }
-  for (int k = 0; k < ROWS; ++k) store(j_bra + k * LANES, j[k]);
+  for (int k = 0; k < N; ++k) store(j_bra + k * LANES, j[k]);
 }
 
-ZX_INLINE void multiply(const double* cube, int nt, const int* bra_places, const double* h_bra, double* j_bra, int nu,
-                        const int* ket_places, const double* h_ket, double* j_ket) {
+/// All bra functions, ROWS at a time: each value of R, each ket density and each load and store of a ket potential then
+/// serve several multiply-adds. REST is what is left over.
+template <int REST>
+inline void multiply(const double* cube, int nt, const int* bra_places, const double* h_bra, double* j_bra, int nu,
+                     const int* ket_places, const double* h_ket, double* j_ket) {
   int t = 0;
-  for (; t + 4 <= nt; t += 4)
-    multiply_rows<4>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
-  for (; t < nt; ++t) multiply_rows<1>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
+  for (; t + ROWS <= nt; t += ROWS)
+    multiply_rows<ROWS>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
+  if constexpr (REST > 0)
+    multiply_rows<REST>(cube, bra_places + t, h_bra + t, j_bra + t * LANES, nu, ket_places, h_ket, j_ket);
 }
 
 template <int BRA, int KET>
@@ -127,8 +179,14 @@ struct PLACES_T {
 template <int M>
 __attribute__((noinline)) void make_cube(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const double* geometry,
                                          const double* weight, double* cube) {
-  const INTERACTION_T<M> s(boys, bra, geometry, load(weight));
-  fill_cube(M, s.x, s.y, s.z, s.base, reinterpret_cast<vec*>(cube));
+  INTERACTION_T<M> s;
+  s.set_geometry(bra, geometry, load(weight));
+  s.set_base(boys);
+  vec* r = reinterpret_cast<vec*>(cube);
+  if constexpr (M <= UNROLLED_CUBE)
+    fill_cube<M>(s.x, s.y, s.z, s.base, r);
+  else
+    fill_cube(M, s.x, s.y, s.z, s.base, r);
 }
 
 template <int BRA, int KET>
@@ -141,8 +199,8 @@ void high_kernel(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const COU
     make_cube<BRA + KET>(boys, bra, kets.geometry + static_cast<long>(block) * 4 * LANES, kets.weight, cube);
     for (int d = 0; d < n_densities; ++d) {
       const long offset = (static_cast<long>(block) * n_densities + d) * NU * LANES;
-      multiply(cube, NT, places.bra, bra.h + d * bra.h_stride, bra.j + d * NT * LANES, NU, places.ket, kets.h + offset,
-               kets.j + offset);
+      multiply<NT % ROWS>(cube, NT, places.bra, bra.h + d * bra.h_stride, bra.j + d * NT * LANES, NU, places.ket,
+                          kets.h + offset, kets.j + offset);
     }
   }
 }
@@ -168,8 +226,9 @@ void generic_kernel(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const 
     make_cube_of<M_MAX>(m, boys, bra, kets.geometry + static_cast<long>(block) * 4 * LANES, kets.weight, cube);
     for (int d = 0; d < n_densities; ++d) {
       const long offset = (static_cast<long>(block) * n_densities + d) * nu * LANES;
-      multiply(cube, nt, bra_places, bra.h + d * bra.h_stride, bra.j + d * nt * LANES, nu, ket_places, kets.h + offset,
-               kets.j + offset);
+      const auto product = nt % ROWS == 0 ? &multiply<0> : &multiply<1>;  // 220 and 286 functions of orders 9 and 10
+      product(cube, nt, bra_places, bra.h + d * bra.h_stride, bra.j + d * nt * LANES, nu, ket_places, kets.h + offset,
+              kets.j + offset);
     }
   }
 }

@@ -19,11 +19,10 @@ struct RAISING_STEPS_T {
   int lower2[COUNT + 1] = {};
   int factor[COUNT + 1] = {};
 
-  static constexpr int position(int m, int t, int u, int v) {
-    const HERMITE_POWERS_T<ORDER> powers;
-    (void)m;
+  static constexpr int position(const int* power) {
+    const HERMITE_POWERS_T<ORDER> all;
     for (int n = 0; n < hermite_count(ORDER); ++n)
-      if (powers.t[n] == t && powers.u[n] == u && powers.v[n] == v) return n;
+      if (all.t[n] == power[0] && all.u[n] == power[1] && all.v[n] == power[2]) return n;
     return 0;
   }
 
@@ -37,14 +36,14 @@ struct RAISING_STEPS_T {
           int d = -1;
           for (int k = 0; k < 3; ++k)
             if (power[k] > 0 && (d < 0 || power[k] < power[d])) d = k;
-          target[n] = position(0, power[0], power[1], power[2]);
+          target[n] = position(power);
           direction[n] = d;
           factor[n] = power[d] - 1;
           power[d] -= 1;
-          lower1[n] = position(0, power[0], power[1], power[2]);
+          lower1[n] = position(power);
           if (factor[n] > 0) {
             power[d] -= 1;
-            lower2[n] = position(0, power[0], power[1], power[2]);
+            lower2[n] = position(power);
           }
         }
   }
@@ -90,34 +89,58 @@ struct SUM_TABLE_T {
   }
 };
 
+/// Bra functions that share one pass over the kets: as many as the registers hold beside the values in flight.
+constexpr int ROWS = LANES == 8 ? 10 : 4;
+
+/// Both products of one block with one density.
+template <int BRA, int KET>
+ZX_INLINE void multiply(const vec* r, const double* h_bra, double* j_bra, const double* h_ket, double* j_ket) {
+  constexpr int NT = hermite_count(BRA);
+  constexpr int NU = hermite_count(KET);
+  constexpr int PASSES = (NT + ROWS - 1) / ROWS;
+  static constexpr SUM_TABLE_T<BRA, KET> sum;
+  unroll<PASSES>([&](auto pass) __attribute__((always_inline)) {
+    constexpr int begin = pass * NT / PASSES;
+    constexpr int rows = (pass + 1) * NT / PASSES - begin;
+    vec h[rows], j[rows];
+    unroll<rows>([&](auto t) __attribute__((always_inline)) {
+      h[t] = broadcast(h_bra[begin + t]);
+      j[t] = load(j_bra + (begin + t) * LANES);
+    });
+    unroll<NU>([&](auto u) __attribute__((always_inline)) {
+      const vec hu = load(h_ket + u * LANES);
+      vec ju = load(j_ket + u * LANES);
+      unroll<rows>([&](auto t) __attribute__((always_inline)) {
+        j[t] += r[sum.position[begin + t][u]] * hu;
+        ju += r[sum.position[begin + t][u]] * h[t];
+      });
+      store(j_ket + u * LANES, ju);
+    });
+    unroll<rows>([&](auto t) __attribute__((always_inline)) { store(j_bra + (begin + t) * LANES, j[t]); });
+  });
+}
+
 template <int BRA, int KET>
 void low_kernel(const BOYS_SERVICE_T& boys, const COULOMB_BRA_T& bra, const COULOMB_KETS_T& kets, int n_densities,
                 double* /*scratch*/) {
   constexpr int M = BRA + KET;
   constexpr int NT = hermite_count(BRA);
   constexpr int NU = hermite_count(KET);
-  static constexpr SUM_TABLE_T<BRA, KET> sum;
+  constexpr int TOGETHER = 4;  // blocks whose Boys functions are under way at once
+  INTERACTION_T<M> interactions[TOGETHER];
   const vec weight = load(kets.weight);
-  for (int block = kets.begin; block < kets.end; ++block) {
-    const INTERACTION_T<M> s(boys, bra, kets.geometry + static_cast<long>(block) * 4 * LANES, weight);
-    vec r[hermite_count(M)];
-    raise<M>(s, r);
-    for (int d = 0; d < n_densities; ++d) {
-      const double* h_bra = bra.h + d * bra.h_stride;
-      double* j_bra = bra.j + d * NT * LANES;
-      const long offset = (static_cast<long>(block) * n_densities + d) * NU * LANES;
-      const double* h_ket = kets.h + offset;
-      double* j_ket = kets.j + offset;
-      unroll<NU>([&](auto u) __attribute__((always_inline)) {
-        vec j = load(j_ket + u * LANES);
-        unroll<NT>([&](auto t) __attribute__((always_inline)) { j += r[sum.position[t][u]] * h_bra[t]; });
-        store(j_ket + u * LANES, j);
-      });
-      unroll<NT>([&](auto t) __attribute__((always_inline)) {
-        vec j = load(j_bra + t * LANES);
-        unroll<NU>([&](auto u) __attribute__((always_inline)) { j += r[sum.position[t][u]] * load(h_ket + u * LANES); });
-        store(j_bra + t * LANES, j);
-      });
+  for (int first = kets.begin; first < kets.end; first += TOGETHER) {
+    const int n = kets.end - first < TOGETHER ? kets.end - first : TOGETHER;
+    for (int k = 0; k < n; ++k)
+      interactions[k].set_geometry(bra, kets.geometry + static_cast<long>(first + k) * 4 * LANES, weight);
+    for (int k = 0; k < n; ++k) interactions[k].set_base(boys);
+    for (int k = 0; k < n; ++k) {
+      vec r[hermite_count(M)];
+      raise<M>(interactions[k], r);
+      for (int d = 0; d < n_densities; ++d) {
+        const long offset = (static_cast<long>(first + k) * n_densities + d) * NU * LANES;
+        multiply<BRA, KET>(r, bra.h + d * bra.h_stride, bra.j + d * NT * LANES, kets.h + offset, kets.j + offset);
+      }
     }
   }
 }
