@@ -11,16 +11,16 @@ namespace zentrix::kernels {
 
 namespace {
 
-constexpr int DEGREE = 7;
-constexpr int TAYLOR_TERMS = 13;  // (1/16)^13 / 13! is far below double precision
+constexpr int DEGREE = 6;
+constexpr int TAYLOR_TERMS = 12;  // (1/32)^12 / 12! is far below double precision
 
 struct alignas(64) CELL_T {
   double coefficient[DEGREE + 1];
+  double exponential;
 };
 
 struct TABLES_T {
   std::vector<CELL_T> cells[BOYS_LANES_MMAX + 1];
-  std::vector<double> exponential;
 };
 
 /// Monomial coefficients of the Chebyshev polynomials T_n, n < TAYLOR_TERMS.
@@ -48,15 +48,13 @@ TABLES_T make_tables() {
   TABLES_T tables;
   const int n_cells = boys_cell_count(BOYS_LANES_MMAX);
   for (int m = 0; m <= BOYS_LANES_MMAX; ++m) tables.cells[m].resize(static_cast<std::size_t>(boys_cell_count(m)));
-  tables.exponential.resize(static_cast<std::size_t>(n_cells));
   long double f[BOYS_NMAX + 1];
   for (int i = 0; i < n_cells; ++i) {
     const long double middle = (i + 0.5L) / BOYS_CELLS_PER_UNIT;
-    tables.exponential[static_cast<std::size_t>(i)] = static_cast<double>(std::exp(-middle));
     BOYS::evaluate_series(BOYS_NMAX, static_cast<double>(middle), f);
     for (int m = 0; m <= BOYS_LANES_MMAX; ++m) {
       if (i >= boys_cell_count(m)) continue;
-      // Taylor series in u = 16 (T - middle), dF_m/dT = -F_(m+1), then from u to x = u / 2.
+      // Taylor series in u = (T - middle) / half width, dF_m/dT = -F_(m+1), then from u to x = u / 2.
       const int terms = std::min(TAYLOR_TERMS, BOYS_NMAX - m + 1);
       long double a[TAYLOR_TERMS] = {};
       long double scale = 1;
@@ -67,6 +65,7 @@ TABLES_T make_tables() {
       economise(chebyshev, a, terms);
       CELL_T& cell = tables.cells[m][static_cast<std::size_t>(i)];
       for (int k = 0; k <= DEGREE; ++k) cell.coefficient[k] = static_cast<double>(std::ldexp(a[k], k));
+      cell.exponential = static_cast<double>(std::exp(-middle));
     }
   }
   return tables;
@@ -78,7 +77,6 @@ BOYS_SERVICE_T boys_service() {
   static const TABLES_T tables = make_tables();
   BOYS_SERVICE_T service{};
   for (int m = 0; m <= BOYS_LANES_MMAX; ++m) service.cells[m] = tables.cells[m].front().coefficient;
-  service.exponential = tables.exponential.data();
   service.precise = BOYS::precise_mode();
   return service;
 }

@@ -6,7 +6,7 @@ namespace zentrix::kernels {
 
 /// Orders F_0 .. F_20: four h functions.
 inline constexpr int BOYS_LANES_MMAX = 20;
-inline constexpr int BOYS_CELLS_PER_UNIT = 8;
+inline constexpr int BOYS_CELLS_PER_UNIT = 16;
 /// Upper end of the polynomial cells. Beyond it the leading asymptotic term is exact to double precision; higher orders need
 /// a larger T for that.
 constexpr double boys_cell_limit(int m) { return m <= 12 ? 64.0 : 80.0; }
@@ -14,10 +14,11 @@ constexpr int boys_cell_count(int m) { return static_cast<int>(boys_cell_limit(m
 
 /// What a kernel needs of the Boys function; made by boys_service().
 struct BOYS_SERVICE_T {
-  /// cells[m][8 i + k]: coefficient of x^k of F_m in cell i, x = 8 T - (i + 1/2) in [-1/2, 1/2]; a cell is one cache line.
+  /// A cell is one cache line: cells[m][8 i + k] for k <= 6 is the coefficient of x^k of F_m in cell i, x = 16 T - (i + 1/2)
+  /// in
+  /// [-1/2, 1/2]; the eighth number is exp(-T) at the middle of the cell, which so arrives with the coefficients.
   const double* cells[BOYS_LANES_MMAX + 1];
-  const double* exponential;  ///< exp(-T) at the middle of cell i
-  bool precise;               ///< extended-precision series in every lane instead of the cells
+  bool precise;  ///< extended-precision series in every lane instead of the cells
 };
 
 /// Builds the tables at the first call (from BOYS::evaluate_series) and looks up the precise mode at every call: ask once

@@ -3,7 +3,7 @@
 #include "integrals/kernels/boys_cells.hpp"
 #include "integrals/kernels/simd.hpp"
 
-// The Boys function in vector lanes: degree-7 polynomial cells for the highest order, downward recursion for the others.
+// The Boys function in vector lanes: degree-6 polynomial cells for the highest order, downward recursion for the others.
 
 namespace zentrix::kernels::ZX_ISA {
 
@@ -17,11 +17,10 @@ ZX_INLINE void load_cells(const double* cells, const int* cell, vec* coefficient
   }
 }
 
-/// exp(-x/8) for |x| <= 1/2, Taylor polynomial of degree 8 (error 4e-17).
+/// exp(-x/16) for |x| <= 1/2, Taylor polynomial of degree 7 (error 2e-17).
 ZX_INLINE vec exp_inside_cell(vec x) {
   const vec y = x * (-1.0 / BOYS_CELLS_PER_UNIT);
-  vec r = y * (1.0 / 40320) + 1.0 / 5040;
-  r = r * y + 1.0 / 720;
+  vec r = y * (1.0 / 5040) + 1.0 / 720;
   r = r * y + 1.0 / 120;
   r = r * y + 1.0 / 24;
   r = r * y + 1.0 / 6;
@@ -53,7 +52,7 @@ ZX_INLINE void boys_lanes(const BOYS_SERVICE_T& service, vec t, vec* f) {
   }
   constexpr double limit = boys_cell_limit(M);
   const mask beyond = t >= limit;
-  const vec clamped = beyond ? broadcast(limit - 1.0 / 16) : t;
+  const vec clamped = beyond ? broadcast(limit - 0.5 / BOYS_CELLS_PER_UNIT) : t;
   const vec scaled = clamped * static_cast<double>(BOYS_CELLS_PER_UNIT);
   const index_vec index = __builtin_convertvector(scaled, index_vec);
   const vec x = scaled - (__builtin_convertvector(index, vec) + 0.5);
@@ -61,13 +60,10 @@ ZX_INLINE void boys_lanes(const BOYS_SERVICE_T& service, vec t, vec* f) {
   for (int lane = 0; lane < LANES; ++lane) cell[lane] = index[lane];
   vec c[8];
   load_cells(service.cells[M], cell, c);
-  vec top = c[7];
-  for (int k = 6; k >= 0; --k) top = top * x + c[k];
+  vec top = c[6];
+  for (int k = 5; k >= 0; --k) top = top * x + c[k];
   vec e = {};
-  if constexpr (M > 0) {
-    for (int lane = 0; lane < LANES; ++lane) e[lane] = service.exponential[cell[lane]];
-    e *= exp_inside_cell(x);
-  }
+  if constexpr (M > 0) e = c[7] * exp_inside_cell(x);
   if (__builtin_expect(any(beyond), 0)) {
     top = beyond ? boys_asymptotic<M>(beyond ? t : broadcast(limit)) : top;
     e = beyond ? vec{} : e;
