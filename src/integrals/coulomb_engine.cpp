@@ -8,6 +8,7 @@
 #include "integrals/cartesian.hpp"
 #include "integrals/coulomb_lists.hpp"
 #include "integrals/kernels/coulomb_kernels.hpp"
+#include "molecule/shell_validation.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 
@@ -25,6 +26,10 @@ struct TILE_T {
   int end = 0;
   double cost = 0.0;
 };
+
+/// Many neglected interactions add up in one element of J, so single ones are held to this share of the threshold. The sum
+/// is then at most some 25 thresholds (caffeine, 6-31G* to cc-pVTZ).
+constexpr double NEGLECT_SHARE = 0.2;
 
 constexpr int MAX_TILE = 16;
 /// Doubles of bra potentials in a tile and of ket blocks in a stretch: the first stays in the first-level cache, the second
@@ -223,6 +228,7 @@ struct COULOMB_ENGINE::IMPLEMENTATION {
 };
 
 COULOMB_ENGINE::COULOMB_ENGINE(const MOLECULE_T& molecule) : implementation_(std::make_unique<IMPLEMENTATION>()) {
+  for (const SHELL_T& shell : molecule.shells) validate_shell("coulomb_engine", shell);
   implementation_->pairs = make_hermite_pairs(molecule);
   implementation_->n_components = cartesian_offsets(molecule).back();
 }
@@ -242,7 +248,7 @@ std::vector<MATRIX> COULOMB_ENGINE::build(std::span<const MATRIX> densities, dou
 
   const kernels::ISA isa = implementation_->isa;
   const int lanes = kernels::lane_count(isa);
-  const COULOMB_KEYS_T keys = make_keys(pairs, norms, threshold);
+  const COULOMB_KEYS_T keys = make_keys(pairs, norms, NEGLECT_SHARE * threshold);
   const std::vector<COULOMB_LIST_T> lists = make_lists(pairs, keys, hermite, n_densities, lanes);
   const BUILD_T build{pairs, hermite, lists, keys.cut, n_densities, isa, lanes, kernels::boys_service(), {}};
 

@@ -4,51 +4,35 @@
 #include <omp.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <numbers>
 
 #include "integrals/boys.hpp"
 #include "integrals/cartesian.hpp"
 #include "integrals/kernels/isa.hpp"
+#include "two_electron_samples.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 namespace {
 
-SHELL_T shell(int atom, int l, std::vector<double> alpha, std::vector<double> coeff) {
-  SHELL_T s;
-  s.atom = atom;
-  s.l = l;
-  s.nprim = static_cast<int>(alpha.size());
-  s.alpha = std::move(alpha);
-  s.coeff = std::move(coeff);
-  return s;
-}
+using samples::atom;
+using samples::ISA_GUARD;
+using samples::random_symmetric;
+using samples::shell;
 
-MOLECULE_T molecule(const std::vector<std::array<double, 3>>& positions, std::vector<SHELL_T> shells) {
+MOLECULE_T molecule(std::vector<ATOM_T> atoms, std::vector<SHELL_T> shells) {
   MOLECULE_T m;
-  for (const auto& position : positions) {
-    m.atoms.emplace_back();
-    m.atoms.back().position = position;
-  }
+  m.atoms = std::move(atoms);
   m.shells = std::move(shells);
-  return m;
+  return samples::finish(std::move(m), false);
 }
 
 /// Four centres, two of them at one place; tight, diffuse and shared exponents, s to g.
 MOLECULE_T mixed_molecule() {
   return molecule(
-      {{{0.0, 0.0, 0.0}}, {{0.3, -0.4, 1.9}}, {{0.0, 0.0, 0.0}}, {{4.0, 3.0, -2.0}}},
-      {shell(0, 0, {5000.0, 80.0, 2.1, 0.4}, {30.0, 12.0, 1.1, 0.3}), shell(0, 0, {2.1, 0.4, 0.02}, {-0.4, 0.5, 0.05}),
-       shell(0, 1, {2.1, 0.4}, {1.2, 0.3}), shell(1, 2, {1.3}, {1.1}), shell(1, 3, {0.9}, {0.8}),
-       shell(2, 1, {11.0, 0.4}, {2.0, 0.2}), shell(3, 4, {0.7}, {0.5}), shell(3, 0, {0.01}, {0.03})});
-}
-
-/// Symmetric, without structure, elements within -1 .. 1.
-MATRIX some_density(int n, int seed) {
-  MATRIX d(n, n);
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j <= i; ++j) d(i, j) = d(j, i) = std::sin(1.0 + 3.7 * i * (i + 1) / 2 + 2.3 * j + seed);
-  return d;
+      {atom(0.0, 0.0, 0.0), atom(0.3, -0.4, 1.9), atom(0.0, 0.0, 0.0), atom(4.0, 3.0, -2.0)},
+      {shell(0, 0, {5000.0, 80.0, 2.1, 0.4}, {0.05, 0.3, 0.8, 0.3}), shell(0, 0, {2.1, 0.4, 0.02}, {-0.4, 0.5, 0.2}),
+       shell(0, 1, {2.1, 0.4}, {1.2, 0.3}), shell(1, 2, {1.3}, {1.0}), shell(1, 3, {0.9}, {1.0}),
+       shell(2, 1, {11.0, 0.4}, {0.3, 0.9}), shell(3, 4, {0.7}, {1.0}), shell(3, 0, {0.01}, {1.0})});
 }
 
 MATRIX build(const MOLECULE_T& m, const MATRIX& density, double threshold) {
@@ -61,12 +45,6 @@ struct THREADS_T {
   int previous = omp_get_max_threads();
   explicit THREADS_T(int n) { omp_set_num_threads(n); }
   ~THREADS_T() { omp_set_num_threads(previous); }
-};
-
-/// Runs with the kernels of one instruction set.
-struct ISA_T {
-  explicit ISA_T(kernels::ISA isa) { setenv("ZENTRIX_ISA", kernels::isa_name(isa), 1); }
-  ~ISA_T() { unsetenv("ZENTRIX_ISA"); }
 };
 
 /// (ab|cd) of four s primitives in closed form: 2 pi^(5/2) / (p q sqrt(p + q)) K_ab K_cd F_0(p q / (p + q) |P - Q|^2).
@@ -107,11 +85,11 @@ double s_integral(const std::vector<S_PRODUCT_T>& bra, const std::vector<S_PRODU
 
 TEST(coulomb_engine, s_functions_agree_with_the_closed_form) {
   const MOLECULE_T m =
-      molecule({{{0.0, 0.0, 0.0}}, {{0.0, 0.0, 1.4}}, {{0.0, 0.0, 0.0}}, {{0.0, 40.0, 0.0}}},
+      molecule({atom(0.0, 0.0, 0.0), atom(0.0, 0.0, 1.4), atom(0.0, 0.0, 0.0), atom(0.0, 40.0, 0.0)},
                {shell(0, 0, {3000.0, 1.2, 0.3}, {9.0, 0.7, 0.4}), shell(0, 0, {1.2, 0.3}, {-0.2, 0.5}),
                 shell(1, 0, {0.8, 0.003}, {0.5, 0.01}), shell(2, 0, {0.3}, {0.3}), shell(3, 0, {2.0}, {1.1})});
   const int n = static_cast<int>(m.shells.size());
-  const MATRIX d = some_density(n, 0);
+  const MATRIX d = random_symmetric(n, 0);
   MATRIX expected = MATRIX::Zero(n, n);
   for (int a = 0; a < n; ++a)
     for (int b = 0; b < n; ++b)
@@ -122,16 +100,45 @@ TEST(coulomb_engine, s_functions_agree_with_the_closed_form) {
   EXPECT_LT(largest_difference(build(m, d, 1e-14), expected), 1e-12 * expected.cwiseAbs().maxCoeff());
 }
 
+/// J by brute force over the scalar reference integrals.
+MATRIX reference_coulomb(const MOLECULE_T& m, const MATRIX& density) {
+  const std::vector<int> first = cartesian_offsets(m);
+  const int n = static_cast<int>(m.shells.size());
+  MATRIX j = MATRIX::Zero(density.rows(), density.cols());
+  std::vector<double> block;
+  for (int a = 0; a < n; ++a)
+    for (int b = 0; b <= a; ++b)
+      for (int c = 0; c < n; ++c)
+        for (int d = 0; d <= c; ++d) {
+          compute_eri_contracted(samples::centered(m, a), samples::centered(m, b), samples::centered(m, c),
+                                 samples::centered(m, d), block);
+          const double both = c == d ? 1.0 : 2.0;
+          const double* value = block.data();
+          for (int i = first[a]; i < first[a + 1]; ++i)
+            for (int k = first[b]; k < first[b + 1]; ++k)
+              for (int p = first[c]; p < first[c + 1]; ++p)
+                for (int q = first[d]; q < first[d + 1]; ++q) j(i, k) += both * *value++ * density(p, q);
+        }
+  return j.selfadjointView<Eigen::Lower>();
+}
+
+TEST(coulomb_engine, agrees_with_reference_integrals_from_s_to_h) {
+  for (const MOLECULE_T& m : {mixed_molecule(), samples::mixed_molecule(5, false)}) {
+    const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 11);
+    const MATRIX expected = reference_coulomb(m, d);
+    EXPECT_LT(largest_difference(build(m, d, 1e-14), expected), 1e-11 * expected.cwiseAbs().maxCoeff());
+  }
+}
+
 TEST(coulomb_engine, instruction_sets_agree) {
   const MOLECULE_T m = mixed_molecule();
-  const MATRIX d = some_density(cartesian_offsets(m).back(), 1);
+  const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 1);
   const MATRIX baseline = [&] {
-    const ISA_T isa(kernels::ISA::baseline);
+    const ISA_GUARD isa(kernels::ISA::baseline);
     return build(m, d, 1e-14);
   }();
-  for (kernels::ISA wide : {kernels::ISA::avx2, kernels::ISA::avx512}) {
-    if (wide > kernels::best_isa()) continue;
-    const ISA_T isa(wide);
+  for (kernels::ISA wide : samples::available_isas()) {
+    const ISA_GUARD isa(wide);
     EXPECT_LT(largest_difference(build(m, d, 1e-14), baseline), 1e-12 * baseline.cwiseAbs().maxCoeff())
         << kernels::isa_name(wide);
   }
@@ -141,7 +148,7 @@ TEST(coulomb_engine, several_densities_share_a_build) {
   const MOLECULE_T m = mixed_molecule();
   const int n = cartesian_offsets(m).back();
   // Very different sizes: the small one must not lose to a screening made for the large one, nor the other way round.
-  const std::vector<MATRIX> densities = {some_density(n, 1), 1e-6 * some_density(n, 2), MATRIX::Zero(n, n)};
+  const std::vector<MATRIX> densities = {random_symmetric(n, 1), 1e-6 * random_symmetric(n, 2), MATRIX::Zero(n, n)};
   const std::vector<MATRIX> together = COULOMB_ENGINE(m).build(densities, 1e-13);
   ASSERT_EQ(together.size(), densities.size());
   for (std::size_t k = 0; k < densities.size(); ++k)
@@ -151,7 +158,7 @@ TEST(coulomb_engine, several_densities_share_a_build) {
 
 TEST(coulomb_engine, threads_repeat_and_agree) {
   const MOLECULE_T m = mixed_molecule();
-  const MATRIX d = some_density(cartesian_offsets(m).back(), 3);
+  const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 3);
   const auto with_threads = [&](int n) {
     const THREADS_T threads(n);
     return build(m, d, 1e-11);
@@ -164,7 +171,7 @@ TEST(coulomb_engine, threads_repeat_and_agree) {
 
 TEST(coulomb_engine, precise_boys_mode_reaches_the_kernels) {
   const MOLECULE_T m = mixed_molecule();
-  const MATRIX d = some_density(cartesian_offsets(m).back(), 4);
+  const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 4);
   const MATRIX ordinary = build(m, d, 1e-13);
   const BOYS::PRECISE_MODE_GUARD guard;
   const MATRIX precise = build(m, d, 1e-13);
@@ -174,18 +181,18 @@ TEST(coulomb_engine, precise_boys_mode_reaches_the_kernels) {
 
 /// A stretched chain: most interactions are near or below the threshold, so a bound that is too small shows at once.
 TEST(coulomb_engine, screening_keeps_what_matters) {
-  std::vector<std::array<double, 3>> positions;
+  std::vector<ATOM_T> atoms;
   std::vector<SHELL_T> shells;
-  for (int atom = 0; atom < 8; ++atom) {
-    positions.push_back({2.6 * atom, 0.4 * (atom % 3), 0.0});
-    shells.push_back(shell(atom, 0, {130.0, 23.0, 6.4, 0.38}, {4.2, 6.6, 1.9, 0.2}));
-    shells.push_back(shell(atom, 1, {6.4, 0.38, 0.05}, {3.8, 0.3, 0.02}));
-    shells.push_back(shell(atom, 2, {0.8}, {1.1}));
+  for (int k = 0; k < 8; ++k) {
+    atoms.push_back(atom(2.6 * k, 0.4 * (k % 3), 0.0));
+    shells.push_back(shell(k, 0, {130.0, 23.0, 6.4, 0.38}, {4.2, 6.6, 1.9, 0.2}));
+    shells.push_back(shell(k, 1, {6.4, 0.38, 0.05}, {3.8, 0.3, 0.02}));
+    shells.push_back(shell(k, 2, {0.8}, {1.1}));
   }
-  const MOLECULE_T m = molecule(positions, shells);
+  const MOLECULE_T m = molecule(atoms, shells);
   const int n = cartesian_offsets(m).back();
   for (double size : {1.0, 1e-5}) {  // 1e-5: an incremental build
-    const MATRIX d = size * some_density(n, 5);
+    const MATRIX d = size * random_symmetric(n, 5);
     const MATRIX exact = build(m, d, 1e-16);
     EXPECT_LT(largest_difference(build(m, d, 1e-11), exact), 1e-9) << size;
     EXPECT_GT(largest_difference(build(m, d, 1e-7), exact), 0.0) << size;
