@@ -1,0 +1,234 @@
+#include "scf/scf.hpp"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "linalg/lapack.hpp"
+#include "report/stop.hpp"
+#include "report/timing.hpp"
+#include "scf/convergence.hpp"
+#include "scf/diis.hpp"
+#include "scf/scf_observer.hpp"
+
+namespace zentrix::SCF {
+namespace {
+
+using INPUT_PARSER::LEVEL_SHIFT;
+
+constexpr double small_overlap = 1e-8;
+/// Automatic level shift: this many hartree once so many iterations have passed without convergence.
+constexpr double automatic_shift = 0.2;
+constexpr int automatic_shift_after = 100;
+
+/// X = S^(-1/2) = U s^(-1/2) U^T (P.-O. Loewdin, J. Chem. Phys. 18 (1950) 365); nothing is discarded.
+MATRIX orthogonaliser(const MATRIX& overlap, SCF_OBSERVER_T& observer) {
+  VECTOR values;
+  MATRIX vectors;
+  if (const int info = symmetric_eigen(overlap, values, vectors); info != 0) {
+    throw run_stopped(fmt::format(" *** ERROR dsyev (S^-1/2): info={}", info));
+  }
+  for (Eigen::Index i = 0; i < values.size(); ++i) {
+    if (values(i) < small_overlap) observer.small_overlap_eigenvalue(static_cast<int>(i) + 1, values(i));
+    if (!(values(i) > 0.0)) {
+      throw run_stopped(fmt::format(
+          " *** ERROR: S eigenvalue {} is {:.3e}: the basis set is linearly dependent at this geometry.", i + 1, values(i)));
+    }
+  }
+  return vectors * values.cwiseSqrt().cwiseInverse().asDiagonal() * vectors.transpose();
+}
+
+/// Eigenvectors of F in the orthogonal basis, transformed back.
+void diagonalise(const MATRIX& fock, const MATRIX& x, SPIN_CHANNEL_T& channel) {
+  MATRIX transformed = x.transpose() * (fock * x);
+  if (const int info = symmetric_eigen(transformed, channel.energies, transformed); info != 0) {
+    throw run_stopped(fmt::format(" *** ERROR dsyev (Fock): info={}", info));
+  }
+  channel.orbitals.noalias() = x * transformed;
+}
+
+MATRIX density_of(const SPIN_CHANNEL_T& channel, double occupation) {
+  const auto occupied = channel.orbitals.leftCols(channel.n_occupied);
+  return occupation * occupied * occupied.transpose();
+}
+
+/// FPS - SPF; with D = g P the factor g leaves no trace in the convergence test of a single density convention.
+MATRIX commutator(const MATRIX& fock, const MATRIX& density, const MATRIX& overlap) {
+  const MATRIX fps = fock * (density * overlap);
+  return fps - fps.transpose();
+}
+
+/// The level shift of a run: off, fixed, or waiting to be switched on.
+struct SHIFT_STATE_T {
+  bool active = false;
+  double value = 0.0;
+};
+
+SHIFT_STATE_T initial_shift(const SCF_SETTINGS_T& settings) {
+  const bool fixed = settings.level_shift_mode == LEVEL_SHIFT::fixed && settings.level_shift != 0.0;
+  return {fixed, fixed ? settings.level_shift : 0.0};
+}
+
+/// State of one run of the loop.
+class LOOP_T {
+ public:
+  LOOP_T(GEOMETRY_DATA_T& geometry, const std::vector<std::unique_ptr<FOCK_TERM_T>>& terms, const SCF_SETTINGS_T& settings,
+         SCF_OBSERVER_T& observer)
+      : geometry_(geometry),
+        terms_(terms),
+        settings_(settings),
+        observer_(observer),
+        diis_(settings.diis_condition_max),
+        shift_(initial_shift(settings)) {}
+
+  SCF_RESULT_T run(const SCF_START_T& start) {
+    set_up(start);
+    SCF_ROW_T row;
+    double previous_energy = 9.99e9;
+    CONVERGENCE_T convergence;
+    for (int iteration = 1; iteration <= settings_.max_iterations && !result_.converged; ++iteration) {
+      row = iterate(iteration);
+      row.energy_change = row.energy - previous_energy;
+      previous_energy = row.energy;
+      observer_.row(row);
+      result_.iterations = iteration;
+      result_.converged = convergence.test(row, settings_, observer_);
+    }
+    observer_.finished(result_, settings_, row);
+    return std::move(result_);
+  }
+
+ private:
+  void set_up(const SCF_START_T& start) {
+    observer_.started(geometry_, settings_, start);
+    x_ = orthogonaliser(geometry_.one_electron.s, observer_);
+    prepare_integrals();
+    observer_.table_begins(settings_);
+    const MOLECULE_T& molecule = geometry_.molecule;
+    result_.occupation = molecule.unrestricted ? 1.0 : 2.0;
+    result_.channels.resize(molecule.unrestricted ? 2 : 1);
+    result_.channels[0].n_occupied = molecule.n_alpha;
+    if (molecule.unrestricted) result_.channels[1].n_occupied = molecule.n_beta;
+    for (std::size_t s = 0; s < result_.channels.size(); ++s) {
+      SPIN_CHANNEL_T& channel = result_.channels[s];
+      if (start.densities.empty()) {
+        diagonalise(geometry_.one_electron.h_core, x_, channel);
+        channel.density = density_of(channel, result_.occupation);
+      } else {
+        channel.density = start.densities[s];
+      }
+    }
+  }
+
+  void prepare_integrals() {
+    const STAGE_TIMER timer(STAGE::integrals_2e);
+    const INTEGRALS_2E::JK_MODE_T mode = geometry_.jk.decide_mode(settings_.eri_memory_limit_mb);
+    observer_.integral_mode(mode, geometry_.molecule.unrestricted ? 2 : 1);
+    if (mode.conventional && !geometry_.jk.has_store()) geometry_.jk.fill_store();
+  }
+
+  /// One iteration: Fock matrices and energy of the current densities, acceleration, new orbitals and densities.
+  SCF_ROW_T iterate(int iteration) {
+    SCF_ROW_T row;
+    row.iteration = iteration;
+    activate_shift(iteration);
+    const std::size_t n_channels = result_.channels.size();
+    const auto n = geometry_.one_electron.s.rows();
+    SPIN_MATRICES_T densities;
+    for (const SPIN_CHANNEL_T& channel : result_.channels) densities.push_back(channel.density);
+    SPIN_MATRICES_T fock(n_channels, MATRIX::Zero(n, n));
+    result_.energy = {};
+    result_.energy.nuclear = geometry_.nuclear_repulsion;
+    for (const auto& term : terms_) term->add(densities, fock, result_.energy);
+    row.energy = result_.energy.total();
+
+    SPIN_MATRICES_T errors;
+    for (std::size_t s = 0; s < n_channels; ++s) {
+      errors.push_back(commutator(fock[s], densities[s], geometry_.one_electron.s));
+      row.gradient += errors[s].squaredNorm();
+    }
+    row.gradient = std::sqrt(row.gradient);
+    if (settings_.diis) row.extrapolated = accelerate(fock, errors);
+
+    for (std::size_t s = 0; s < n_channels; ++s) {
+      SPIN_CHANNEL_T& channel = result_.channels[s];
+      if (shift_.active) shift_virtuals(densities[s], fock[s]);
+      diagonalise(fock[s], x_, channel);
+      if (shift_.active) remove_shift(channel);
+      channel.density = density_of(channel, result_.occupation);
+      if (settings_.damping > 0.0) {
+        channel.density = (1.0 - settings_.damping) * channel.density + settings_.damping * densities[s];
+      }
+      row.density_change = std::max(row.density_change, (channel.density - densities[s]).cwiseAbs().maxCoeff());
+    }
+    return row;
+  }
+
+  void activate_shift(int iteration) {
+    if (settings_.level_shift_mode != LEVEL_SHIFT::automatic || shift_.active || iteration <= automatic_shift_after) return;
+    shift_ = {true, automatic_shift};
+    observer_.level_shift_activated();
+  }
+
+  bool accelerate(SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& errors) {
+    diis_.push(fock, errors);
+    const DIIS_T::OUTCOME_T outcome = diis_.extrapolate(fock);
+    if (outcome.pruned > 0) observer_.pruned(outcome.pruned, outcome.ratio, static_cast<int>(fock.size()));
+    return outcome.extrapolated;
+  }
+
+  /// F + b (S - S P S) with P the projector on the occupied space raises the virtual orbitals by b (V. R. Saunders, I. H.
+  /// Hillier, Int. J. Quantum Chem. 7 (1973) 699).
+  void shift_virtuals(const MATRIX& density, MATRIX& fock) const {
+    const MATRIX& s = geometry_.one_electron.s;
+    fock += shift_.value * (s - s * (density * s) / result_.occupation);
+  }
+
+  /// The orbitals are those of the shifted matrix; at convergence the virtual energies are too high by the shift exactly.
+  void remove_shift(SPIN_CHANNEL_T& channel) const {
+    channel.energies.tail(channel.energies.size() - channel.n_occupied).array() -= shift_.value;
+  }
+
+  GEOMETRY_DATA_T& geometry_;
+  const std::vector<std::unique_ptr<FOCK_TERM_T>>& terms_;
+  const SCF_SETTINGS_T& settings_;
+  SCF_OBSERVER_T& observer_;
+  DIIS_T diis_;
+  SHIFT_STATE_T shift_;
+  MATRIX x_;
+  SCF_RESULT_T result_;
+};
+
+}  // namespace
+
+MATRIX SCF_RESULT_T::total_density() const {
+  MATRIX total = channels[0].density;
+  for (std::size_t s = 1; s < channels.size(); ++s) total += channels[s].density;
+  return total;
+}
+
+SCF_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input) {
+  SCF_SETTINGS_T settings;
+  settings.max_iterations = input.scf_maxiter;
+  settings.energy_tolerance = input.scf_etol;
+  settings.density_tolerance = input.scf_ptol;
+  settings.gradient_tolerance = input.scf_gtol;
+  settings.diis = input.scf_converger == "DIIS";
+  settings.diis_condition_max = input.scf_diis_cond_max;
+  settings.level_shift_mode = input.level_shift_mode;
+  settings.level_shift = input.level_shift;
+  settings.damping = input.damping;
+  settings.min_iterations = input.scf_min_iter;
+  settings.n_converged = input.scf_n_converged;
+  settings.occupation = input.occupation;
+  settings.eri_memory_limit_mb = input.eri_memory_limit_mb;
+  return settings;
+}
+
+SCF_RESULT_T run_scf(GEOMETRY_DATA_T& geometry, const std::vector<std::unique_ptr<FOCK_TERM_T>>& terms,
+                     const SCF_SETTINGS_T& settings, const SCF_START_T& start, SCF_OBSERVER_T& observer) {
+  const STAGE_TIMER timer(STAGE::scf);
+  return LOOP_T(geometry, terms, settings, observer).run(start);
+}
+
+}  // namespace zentrix::SCF
