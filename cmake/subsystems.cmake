@@ -35,10 +35,11 @@ function(zentrix_subsystem name)
   endif()
 endfunction()
 
-# zentrix_test(NAME SOURCES ... LINKS ...): a GoogleTest program registered with CTest, one entry per program.
+# zentrix_test(NAME SOURCES ... LINKS ...): a GoogleTest program; CTest knows each of its tests, labelled with NAME.
 function(zentrix_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(test_${name} ${ARG_SOURCES})
   target_link_libraries(test_${name} PRIVATE ${ARG_LINKS} zx_flags zx_test_support GTest::gtest GTest::gmock GTest::gtest_main)
-  add_test(NAME ${name} COMMAND test_${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
+  gtest_discover_tests(test_${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}."
+                       PROPERTIES LABELS ${name})
 endfunction()

@@ -91,7 +91,7 @@ TEST_F(Timing, PrintedTable) {
                          dashes + "\n"),
             0U)
       << profile;
-  EXPECT_NE(profile.find("\n    Hessian: CPHF                 1       0.00       0.00  "), std::string::npos) << profile;
+  EXPECT_NE(profile.find("\n    Hessian: CPHF                  1       0.00       0.00  "), std::string::npos) << profile;
   EXPECT_EQ(profile.find("SCF iterations"), std::string::npos);
   EXPECT_EQ(profile.find("  (*) SCF"), std::string::npos);
   EXPECT_NE(profile.find("  (**) Hessian total includes sub-steps (skeleton, CPHF, etc.)\n" + equals + "\n"),
