@@ -2,8 +2,13 @@
 
 namespace zentrix {
 
-/// The whole program: banner, sections, end lines. Returns the exit status: 0 when everything converged, 1 after a fatal or
-/// error stop, 3 when the run reached its end lines but an SCF, an optimisation or a scan point did not converge.
+/// Exit statuses of the program. A run that is interrupted ends with 128 + the number of the signal.
+inline constexpr int EXIT_DONE = 0;     ///< end lines reached, everything converged
+inline constexpr int EXIT_STOPPED = 1;  ///< a fatal or error stop
+inline constexpr int EXIT_NOT_CONVERGED =
+    3;  ///< end lines reached, but an SCF, an optimisation or a scan point did not converge
+
+/// The whole program: banner, sections, end lines. Returns the exit status.
 int run_program(int argc, char** argv);
 
 }  // namespace zentrix

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "dft/functional_catalogue.hpp"
+#include "input/input_data.hpp"
+#include "molecule/types.hpp"
+
+// The one place that knows which requests this version cannot serve. A run asks it before any work is done, so that nothing
+// half-runs and no keyword is silently ignored; a subsystem that arrives removes its line here.
+
+namespace zentrix {
+
+/// What of the input is not available ("%job gradient", "density functionals (%method B3LYP)", ...); empty when all is.
+std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional);
+
+/// The same for what only the built molecule shows: open shells, effective core potentials.
+std::string missing_for_molecule(const MOLECULE_T& molecule);
+
+}  // namespace zentrix

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "driver/run_state.hpp"
+
+// The texts that the driver owns.
+
+namespace zentrix {
+
+void print_banner(std::ostream& report);
+void print_version(std::ostream& report);
+void print_help(std::ostream& report);
+void print_threads(int threads, std::ostream& report);
+/// " *** FATAL: <what>, error = <code>".
+void print_fatal(const std::string& what, int code, std::ostream& report);
+/// The line for a request that this version cannot serve.
+void print_missing(const std::string& feature, std::ostream& report);
+/// The end of a section with a closing line of its own: rule, that line, the time, rule.
+void print_section_end(const std::string& line, int section, double seconds, std::ostream& report);
+/// The energy block of Section 7, hartree.
+void print_final_energies(const SCF::ENERGY_PARTS_T& energy, std::ostream& report);
+void print_end_lines(double seconds, std::ostream& report);
+/// The lines of the exception that is being handled; the reason a run stopped.
+void print_current_exception(std::ostream& report);
+
+}  // namespace zentrix

@@ -1,0 +1,31 @@
+#include "driver/job_table.hpp"
+
+#include <algorithm>
+
+#include "driver/sections.hpp"
+
+namespace zentrix {
+
+using INPUT_PARSER::JOB;
+
+const std::vector<JOB_ROW_T>& job_table() {
+  static const std::vector<JOB_ROW_T> table = {
+      {JOB::energy, {section_one_electron, section_scf, section_output}},
+      {JOB::gradient, {}},
+      {JOB::opt, {}},
+      {JOB::freq, {}},
+      {JOB::opt_freq, {}},
+      {JOB::bsse, {}},
+      {JOB::scan, {}},
+      {JOB::scanopt, {}},
+      {JOB::ts, {}},
+      {JOB::ts_freq, {}},
+  };
+  return table;
+}
+
+const JOB_ROW_T& job_row(JOB job) {
+  return *std::find_if(job_table().begin(), job_table().end(), [job](const JOB_ROW_T& row) { return row.job == job; });
+}
+
+}  // namespace zentrix

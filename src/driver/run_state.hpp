@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "dft/functional_catalogue.hpp"
+#include "input/input_data.hpp"
+#include "molecule/types.hpp"
+#include "scf/scf.hpp"
+
+namespace zentrix {
+
+/// Everything that lives as long as the run. Sections fill it in their order and pass it on; nothing below the driver sees
+/// it.
+struct RUN_T {
+  std::string input_file;
+  INPUT_PARSER::INPUT_DATA_T input;
+  DFT::FUNCTIONAL_T functional;
+  MOLECULE_T molecule;
+  INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
+  std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< Section 3
+  SCF::SCF_RESULT_T scf;                           ///< Section 3
+  bool converged = true;                           ///< false once an iterative procedure of the run has not converged
+};
+
+}  // namespace zentrix

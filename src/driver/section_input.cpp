@@ -1,0 +1,80 @@
+#include <fmt/ostream.h>
+
+#include "driver/availability.hpp"
+#include "driver/driver_report.hpp"
+#include "driver/interrupts.hpp"
+#include "driver/sections.hpp"
+#include "input/input_parser.hpp"
+#include "integrals/boys.hpp"
+#include "molecule/molecule.hpp"
+#include "report/layout.hpp"
+#include "report/timing.hpp"
+
+namespace zentrix {
+namespace {
+
+std::string input_file_name(int argc, char** argv, std::ostream& report) {
+  if (argc > 1) return argv[1];
+  fmt::print(report, " Usage: zentrix <input_file>\n No input file specified, looking for \"input.dat\"...\n");
+  return "input.dat";
+}
+
+int read_input(RUN_T& run, std::ostream& report) {
+  fmt::print(report, " Reading input from: {}\n", run.input_file);
+  if (const int error = INPUT_PARSER::parse_input(run.input_file, run.input, report); error != 0) {
+    print_fatal("Input parsing failed", error, report);
+    return error;
+  }
+  fmt::print(report, " Input parsed successfully.\n");
+  INPUT_PARSER::print_job_summary(run.input, report);
+  return 0;
+}
+
+/// Non-zero, after the line that names it, when this version lacks `feature` (empty: nothing is lacking).
+int refuse_missing(const std::string& feature, std::ostream& report) {
+  if (feature.empty()) return 0;
+  print_missing(feature, report);
+  return 1;
+}
+
+int set_up_method(RUN_T& run, std::ostream& report) {
+  fmt::print(report, "\n Setting up method...\n");
+  if (const int error = DFT::set_up_functional(run.input.method, run.functional, report); error != 0) return error;
+  DFT::print_functional(run.functional, report);
+  return refuse_missing(missing_for_input(run.input, run.functional), report);
+}
+
+int set_up_molecule(RUN_T& run, std::ostream& report) {
+  fmt::print(report, "\n Building molecule...\n");
+  if (const int error = build_molecule(run.input, run.molecule, report); error != 0) {
+    print_fatal("Molecule build failed", error, report);
+    return error;
+  }
+  print_molecule_summary(run.molecule, report);
+  return refuse_missing(missing_for_molecule(run.molecule), report);
+}
+
+void set_up_tables(std::ostream& report) {
+  fmt::print(report, "\n Initializing precomputed tables...\n");
+  BOYS::initialize_tables();
+  BOYS::print_table_summary(report);
+}
+
+}  // namespace
+
+int section_input(int argc, char** argv, RUN_T& run, std::ostream& report) {
+  set_run_phase("Section 1 (input and setup)");
+  print_section_heading("1", "Input & Setup", report);
+  {
+    const STAGE_TIMER timer(STAGE::input);
+    run.input_file = input_file_name(argc, argv, report);
+    if (const int error = read_input(run, report); error != 0) return error;
+    if (const int error = set_up_method(run, report); error != 0) return error;
+    if (const int error = set_up_molecule(run, report); error != 0) return error;
+    set_up_tables(report);
+  }
+  print_section_end("Section 1 complete. Ready for integral evaluation.", 1, timer_wall(STAGE::input), report);
+  return 0;
+}
+
+}  // namespace zentrix

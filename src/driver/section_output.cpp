@@ -1,0 +1,35 @@
+#include <fmt/ostream.h>
+
+#include "driver/driver_report.hpp"
+#include "driver/interrupts.hpp"
+#include "driver/sections.hpp"
+#include "properties/properties.hpp"
+#include "report/layout.hpp"
+#include "report/timing.hpp"
+
+namespace zentrix {
+namespace {
+
+void print_properties(const RUN_T& run, std::ostream& report) {
+  const MATRIX density = run.scf.total_density();
+  const MOLECULE_T& molecule = run.geometry->molecule;
+  PROPERTIES::print_populations(molecule, PROPERTIES::mulliken(molecule, density, run.geometry->one_electron.s), report);
+  PROPERTIES::print_dipole(PROPERTIES::dipole_moment(molecule, density), report);
+  if (run.input.print_mo) PROPERTIES::print_orbitals(molecule, run.scf, report);
+}
+
+}  // namespace
+
+int section_output(RUN_T& run, std::ostream& report) {
+  set_run_phase("Section 7 (output and properties)");
+  print_section_heading("7", "Output & Properties", report);
+  {
+    const STAGE_TIMER timer(STAGE::properties);
+    print_final_energies(run.scf.energy, report);
+    print_properties(run, report);
+  }
+  fmt::print(report, "   Section 7 time: {:.2f} s\n", timer_wall(STAGE::properties));
+  return 0;
+}
+
+}  // namespace zentrix

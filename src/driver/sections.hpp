@@ -1,0 +1,21 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "driver/run_state.hpp"
+
+// The numbered sections of a run, one file each. Every section prints its heading, does its work through the front doors of
+// the subsystems and returns 0, or non-zero after the line that says why the run stops.
+
+namespace zentrix {
+
+/// 1: command line, input file, method, molecule, tables.
+[[nodiscard]] int section_input(int argc, char** argv, RUN_T& run, std::ostream& report);
+/// 2: S, T, V and the core Hamiltonian.
+[[nodiscard]] int section_one_electron(RUN_T& run, std::ostream& report);
+/// 3: initial guess and self-consistent field.
+[[nodiscard]] int section_scf(RUN_T& run, std::ostream& report);
+/// 7: final energies, populations, dipole moment, orbitals.
+[[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
+
+}  // namespace zentrix
