@@ -11,7 +11,10 @@ namespace zentrix::INTEGRALS_2E {
 
 /// Direct Coulomb builds by Hermite Gaussians (McMurchie, Davidson, J. Comput. Phys. 26 (1978) 218): the density is folded
 /// into Hermite functions of primitive pairs, multiplied by R_(t+u), and unfolded once at the end. Works on families of
-/// shells that share a centre and exponents; knows nothing of the exchange engine and screens for itself.
+/// shells that share a centre and exponents; knows nothing of the exchange engine and screens for itself. Equal input and
+/// equal thread count give bit-identical results. Stops the run when a shell is not sound.
+///
+/// A gradient takes the same fold, lists and kernels with the bra order one higher: docs/methods-coulomb.md.
 class COULOMB_ENGINE {
  public:
   explicit COULOMB_ENGINE(const MOLECULE_T& molecule);

@@ -16,6 +16,16 @@ constexpr int MAX_COMPONENTS = n_cartesian(LMAX);
 /// orders below the tightest threshold in use.
 constexpr double NEGLIGIBLE = 1e-19;
 
+/// With exp(-100) in front no coefficients or powers of distances reach NEGLIGIBLE: distant pairs cost one product each.
+constexpr double HOPELESS = 100.0;
+
+/// Exponent of the Gaussian product factor, a b / (a + b) |A - B|^2.
+double product_exponent(const FAMILY_T& a, const FAMILY_T& b) {
+  double distance2 = 0.0;
+  for (int k = 0; k < 3; ++k) distance2 += (a.center[k] - b.center[k]) * (a.center[k] - b.center[k]);
+  return a.exponent * b.exponent / (a.exponent + b.exponent) * distance2;
+}
+
 /// The two families of a pair with the expansion of their products.
 struct PRODUCT_T {
   const FAMILY_T& a;
@@ -25,15 +35,11 @@ struct PRODUCT_T {
   HERMITE_EXPANSION_T x, y, z;
 
   PRODUCT_T(const FAMILY_T& fa, const FAMILY_T& fb) : a(fa), b(fb), p(fa.exponent + fb.exponent) {
-    double distance2 = 0.0;
-    for (int k = 0; k < 3; ++k) {
-      center[k] = (a.exponent * a.center[k] + b.exponent * b.center[k]) / p;
-      distance2 += (a.center[k] - b.center[k]) * (a.center[k] - b.center[k]);
-    }
+    for (int k = 0; k < 3; ++k) center[k] = (a.exponent * a.center[k] + b.exponent * b.center[k]) / p;
     // [t|u] = 2 pi^(5/2) / (p q sqrt(p + q)) R_(t+u): each distribution carries the root of 2 pi^(5/2) over its exponent.
     static const double charge = std::numbers::sqrt2 * std::pow(std::numbers::pi, 1.25);
     x.fill(a.l_max, b.l_max, p, center[0] - a.center[0], center[0] - b.center[0],
-           charge / p * std::exp(-a.exponent * b.exponent / p * distance2));
+           charge / p * std::exp(-product_exponent(a, b)));
     y.fill(a.l_max, b.l_max, p, center[1] - a.center[1], center[1] - b.center[1], 1.0);
     z.fill(a.l_max, b.l_max, p, center[2] - a.center[2], center[2] - b.center[2], 1.0);
   }
@@ -124,6 +130,7 @@ std::vector<HERMITE_PAIR_T> pairs_of_atoms(const std::vector<FAMILY_T>& families
   std::vector<HERMITE_PAIR_T> pairs;
   for (int a = a_begin; a < a_end; ++a)
     for (int b = b_begin; b < std::min(b_end, a + 1); ++b) {
+      if (product_exponent(families[a], families[b]) > HOPELESS) continue;
       const PRODUCT_T product(families[a], families[b]);
       pairs.push_back({a, b, product.order(), product.p, product.center, pair_bound(product), 0});
     }
