@@ -162,6 +162,14 @@ def all_sets():
               for core in (f"cc-pV{z}Z", f"cc-pV{z}Z-PP", f"cc-pV({z}+d)Z")]
     for name in names:
         sets[name] = g(name)
+    # Sets defined as additions hold for the other elements what they add to: no core functions on H and He, no tight d
+    # functions before aluminium.
+    for z in "DTQ":
+        for aug in ("", "aug-"):
+            plain = sets[f"{aug}cc-pV{z}Z"]
+            for name, last in ((f"{aug}cc-pCV{z}Z", 2), (f"{aug}cc-pV({z}+d)Z", 12)):
+                if name in sets:
+                    sets[name] = {**{k: e for k, e in plain.items() if k <= last}, **sets[name]}
     for name in ("SV(P)", "SVP", "TZVP", "TZVPP", "QZVP", "QZVPP"):
         sets[f"ma-def2-{name}"] = sets[f"ma-{name}"] = minimally_augmented(sets[f"def2-{name}"])
     small, large = stuttgart("Stuttgart RSC 1997"), stuttgart("Stuttgart RLC")

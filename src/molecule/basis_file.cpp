@@ -6,7 +6,6 @@
 #include <cmath>
 #include <fstream>
 #include <optional>
-#include <sstream>
 #include <string_view>
 
 #include "constants/elements.hpp"
@@ -20,9 +19,13 @@ constexpr std::string_view shell_letters = "SPDFGHI";
 constexpr int largest_contraction = 1000;
 
 std::vector<std::string> words(const std::string& line) {
-  std::istringstream stream(line);
+  constexpr std::string_view blanks = " \t\r\f\v";
   std::vector<std::string> found;
-  for (std::string word; stream >> word;) found.push_back(word);
+  for (std::size_t start = line.find_first_not_of(blanks); start != std::string::npos;) {
+    const std::size_t end = std::min(line.find_first_of(blanks, start), line.size());
+    found.push_back(line.substr(start, end - start));
+    start = line.find_first_not_of(blanks, end);
+  }
   return found;
 }
 
@@ -63,11 +66,13 @@ bool is_separator(const std::vector<std::string>& line) { return line[0].compare
 /// Moves to the block of element z: the first words after a separator name the element.
 DATA_STATUS find_element(std::istream& file, int z) {
   bool at_block_start = true;
-  while (const auto line = next_words(file)) {
-    if (is_separator(*line)) {
+  for (std::string line; std::getline(file, line);) {
+    if (line.compare(0, 4, "****") == 0) {
       at_block_start = true;
-    } else if (at_block_start) {
-      if (atomic_number((*line)[0]) == z) return DATA_STATUS::ok;
+    } else if (at_block_start && !(line.empty() || line[0] == '!')) {
+      const std::vector<std::string> found = words(line);
+      if (found.empty()) continue;
+      if (atomic_number(found[0]) == z) return DATA_STATUS::ok;
       at_block_start = false;
     }
   }

@@ -1,0 +1,125 @@
+#!/usr/bin/env python3
+"""Writes rhf.json: restricted Hartree-Fock energies, dipoles and frontier orbital energies by PySCF.
+
+usage: make_rhf_references.py BASIS_DATA_FOLDER > rhf.json
+
+The peer reads this program's own basis files, so that both compute the same thing to the last digit. Energies are converged to
+1e-12 hartree without screening to speak of. Dipoles are about the coordinate origin, in atomic units.
+"""
+import json
+import sys
+from pathlib import Path
+
+from pyscf import gto, scf
+
+BOHR = 1.8897261246257702
+FOLDER = Path(sys.argv[1])
+
+MOLECULES = {
+    "H2": (0, "H 0 0 0; H 0 0 0.74"),
+    "LiH": (0, "Li 0 0 0; H 0 0 1.5957"),
+    "Be": (0, "Be 0 0 0"),
+    "BH3": (0, "B 0 0 0; H 1.19 0 0; H -0.595 1.03057 0; H -0.595 -1.03057 0"),
+    "CH4": (0, "C 0 0 0; H 0.6276 0.6276 0.6276; H 0.6276 -0.6276 -0.6276; H -0.6276 0.6276 -0.6276; H -0.6276 -0.6276 0.6276"),
+    "NH3": (0, "N 0 0 0.1161; H 0 0.9397 -0.2709; H 0.8138 -0.4698 -0.2709; H -0.8138 -0.4698 -0.2709"),
+    "H2O": (0, "O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692"),
+    "HF": (0, "F 0 0 0; H 0 0 0.917"),
+    "Ne": (0, "Ne 0 0 0"),
+    "N2": (0, "N 0 0 0; N 0 0 1.0977"),
+    "CO2": (0, "C 0 0 0; O 0 0 1.1621; O 0 0 -1.1621"),
+    "C2H2": (0, "C 0 0 0.6015; C 0 0 -0.6015; H 0 0 1.6615; H 0 0 -1.6615"),
+    "H2CO": (0, "C 0 0 -0.5296; O 0 0 0.6756; H 0 0.9347 -1.1127; H 0 -0.9347 -1.1127"),
+    "OH-": (-1, "O 0 0 0; H 0 0 0.964"),
+    "NH4+": (1, "N 0 0 0; H 0.59 0.59 0.59; H 0.59 -0.59 -0.59; H -0.59 0.59 -0.59; H -0.59 -0.59 0.59"),
+    "Na+": (1, "Na 0 0 0"),
+    "MgO": (0, "Mg 0 0 0; O 0 0 1.749"),
+    "AlH3": (0, "Al 0 0 0; H 1.58 0 0; H -0.79 1.36832 0; H -0.79 -1.36832 0"),
+    "SiH4": (0, "Si 0 0 0; H 0.8544 0.8544 0.8544; H 0.8544 -0.8544 -0.8544; H -0.8544 0.8544 -0.8544; H -0.8544 -0.8544 0.8544"),
+    "PH3": (0, "P 0 0 0.1272; H 0 1.1932 -0.6361; H 1.0333 -0.5966 -0.6361; H -1.0333 -0.5966 -0.6361"),
+    "H2S": (0, "S 0 0 0.1031; H 0 0.9617 -0.8246; H 0 -0.9617 -0.8246"),
+    "HCl": (0, "Cl 0 0 0; H 0 0 1.2746"),
+    "Ar": (0, "Ar 0 0 0"),
+    "KF": (0, "K 0 0 0; F 0 0 2.1715"),
+    "ZnH2": (0, "Zn 0 0 0; H 0 0 1.53; H 0 0 -1.53"),
+    "AsH3": (0, "As 0 0 0.15; H 0 1.25 -0.69; H 1.0825 -0.625 -0.69; H -1.0825 -0.625 -0.69"),
+    "HBr": (0, "Br 0 0 0; H 0 0 1.4144"),
+    "Kr": (0, "Kr 0 0 0"),
+    "C6H6": (0, "; ".join(f"{s} {r * c:.6f} {r * q:.6f} 0" for s, r in (("C", 1.3915), ("H", 2.4715)) for c, q in
+                           ((1, 0), (0.5, 0.8660254), (-0.5, 0.8660254), (-1, 0), (-0.5, -0.8660254), (0.5, -0.8660254)))),
+}
+
+# molecule: [(basis, spherical), ...]; a trailing True marks cases for the long list.
+CASES = [
+    ("H2", "STO-3G", False), ("H2", "cc-pVQZ", True), ("LiH", "6-31G*", False), ("LiH", "def2-TZVP", True),
+    ("Be", "cc-pVTZ", False), ("BH3", "6-311G**", False), ("CH4", "STO-3G", False), ("CH4", "cc-pVTZ", True),
+    ("NH3", "6-31G**", False), ("NH3", "cc-pVTZ", False), ("NH3", "pcseg-2", True), ("H2O", "STO-3G", False),
+    ("H2O", "STO-6G", False), ("H2O", "3-21G", False), ("H2O", "4-31G", False), ("H2O", "6-31G*", False), ("H2O", "6-31G*", True),
+    ("H2O", "6-311++G(2d,2p)", False), ("H2O", "6-311G(3df,3pd)", True), ("H2O", "cc-pVDZ", True), ("H2O", "cc-pVQZ", True),
+    ("H2O", "cc-pVQZ", False, True), ("H2O", "aug-cc-pVDZ", True), ("H2O", "aug-cc-pVTZ", False, True), ("H2O", "cc-pCVTZ", True),
+    ("H2O", "def2-SVP", True), ("H2O", "def2-QZVPP", True, True), ("H2O", "ma-def2-TZVP", True), ("H2O", "MINI", False),
+    ("HF", "aug-cc-pVQZ", True, True), ("HF", "pc-2", False), ("Ne", "cc-pVQZ", False), ("N2", "def2-TZVPP", True), ("N2", "pcseg-1", False),
+    ("CO2", "6-31+G*", False), ("CO2", "cc-pVTZ", True, True), ("C2H2", "6-311G**", False), ("C2H2", "aug-cc-pVDZ", True),
+    ("H2CO", "6-31G*", False), ("H2CO", "def2-SV(P)", True), ("H2CO", "cc-pVTZ", False, True), ("OH-", "6-31+G*", False),
+    ("OH-", "aug-cc-pVTZ", True), ("NH4+", "6-31G**", False), ("Na+", "def2-TZVP", True), ("MgO", "6-31G*", False),
+    ("AlH3", "cc-pVDZ", True), ("SiH4", "6-31G**", False), ("SiH4", "def2-TZVP", True), ("PH3", "cc-pVTZ", True),
+    ("H2S", "6-311+G(2d,p)", False), ("H2S", "3-21G", False), ("HCl", "aug-cc-pVTZ", True), ("HCl", "MIDI!", True),
+    ("Ar", "cc-pVQZ", True), ("KF", "def2-SVP", True), ("ZnH2", "def2-SVP", True), ("ZnH2", "cc-pVDZ", False), ("AsH3", "6-31G*", False),
+    ("HBr", "def2-TZVP", True), ("HBr", "cc-pVTZ", False), ("Kr", "cc-pVDZ", True), ("C6H6", "6-31G*", False),
+]
+
+
+def file_stem(name):
+    if "(P)" in name:
+        return name.lower()
+    stem = name.replace("**", "dp").replace("*", "d").replace("+", "p")
+    return "".join(c for c in stem if c not in "(), ").lower()
+
+
+def read_basis(name, symbol):
+    """Shells of an element in PySCF's own layout, from the program's file."""
+    shells, block_start, inside = [], True, False
+    for line in (FOLDER / f"{file_stem(name)}.dat").read_text().split("\n"):
+        words = line.replace("D", "e").split() if inside and line[:1] == " " else line.split()
+        if not words or line.startswith("!"):
+            continue
+        if words[0].startswith("****"):
+            if inside:
+                break
+            block_start = True
+        elif block_start:
+            inside, block_start = words[0].upper() == symbol.upper(), False
+        elif inside and words[0].upper().isalpha():
+            current = [["SPDFG".index(c)] for c in words[0].upper()]
+            shells += current
+        elif inside:
+            for k, shell in enumerate(current):
+                shell.append([float(words[0]), float(words[k + 1])])
+    assert shells, (name, symbol)
+    return shells
+
+
+def run(case):
+    name, basis, spherical = case[:3]
+    charge, text = MOLECULES[name]
+    atoms = [(line.split()[0], [float(x) for x in line.split()[1:]]) for line in text.split(";")]
+    mol = gto.M(atom=[(s, [x * BOHR for x in r]) for s, r in atoms], unit="Bohr", charge=charge, cart=not spherical, verbose=0,
+                basis={s: read_basis(basis, s) for s, _ in atoms})
+    mf = scf.RHF(mol)
+    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-12, 1e-7, 1e-15, 300
+    mf.kernel()
+    for _ in range(5 if mol.nao < 80 else 0):  # the reference is the lowest stable solution
+        orbitals, _, stable, _ = mf.stability(return_status=True)
+        if stable:
+            break
+        mf.kernel(mf.make_rdm1(orbitals, mf.mo_occ))
+    assert mf.converged, case
+    n_occ = mol.nelectron // 2
+    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "long": len(case) > 3,
+            "atoms": [[s, *r] for s, r in atoms], "functions": mol.nao, "energy": mf.e_tot,
+            "homo": mf.mo_energy[n_occ - 1],
+            "dipole": [float(x) for x in mf.dip_moment(unit="AU", verbose=0)]}
+
+
+for number, case in enumerate(CASES):
+    print("[" if number == 0 else ",", json.dumps(run(case)), flush=True)
+print("]")

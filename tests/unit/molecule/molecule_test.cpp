@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "molecule/shell_validation.hpp"
+#include "report/stop.hpp"
+#include "support/molecules.hpp"
+
+// From the input record to the molecule: counts, messages, normalisation.
+
+namespace {
+
+using namespace zentrix;
+using ::testing::HasSubstr;
+
+struct BUILT_T {
+  int error = 0;
+  MOLECULE_T molecule;
+  std::string report;
+};
+
+BUILT_T build(const INPUT_PARSER::INPUT_DATA_T& input) {
+  BUILT_T result;
+  std::ostringstream report;
+  result.error = build_molecule(input, result.molecule, report);
+  result.report = report.str();
+  return result;
+}
+
+TEST(MOLECULE, CountsFunctionsOfTheRun) {
+  const MOLECULE_T cartesian = TESTS::sample_molecule(TESTS::water, "cc-pVQZ");
+  EXPECT_EQ(cartesian.n_basis, cartesian.n_cartesian);
+  EXPECT_EQ(cartesian.n_spherical, 115);
+  const MOLECULE_T spherical = TESTS::sample_molecule(TESTS::water, "cc-pVQZ", {.spherical = true});
+  EXPECT_EQ(spherical.n_basis, 115);
+  EXPECT_EQ(spherical.shells.back().first + spherical.shells.back().nfunc, 115);
+}
+
+TEST(MOLECULE, ElectronCountsAndTheirMessages) {
+  struct CASE_T {
+    int charge;
+    int multiplicity;
+    const char* message;
+  };
+  const CASE_T cases[] = {
+      {2, 1, " *** ERROR: Non-positive electron count: 0\n     Check charge and atomic numbers.\n"},
+      {0, 2,
+       "     nelec = 2,  multiplicity = 2\n     Even electrons require odd multiplicity (singlet=1, triplet=3, ...).\n"},
+      {1, 3,
+       "     nelec = 1,  multiplicity = 3\n     Odd electrons require even multiplicity (doublet=2, quartet=4, ...).\n"},
+      {0, 5, " *** ERROR: Multiplicity too high for this electron count.\n     nelec = 2,  mult = 5,  nbeta = -1\n"},
+      {0, -1, " *** ERROR: Multiplicity must be >= 1, got: -1\n"},
+      {-2147483647, 1, " *** ERROR: "},
+  };
+  for (const CASE_T& c : cases) {
+    const BUILT_T built = build(TESTS::sample_input("H 0 0 0\nH 0 0 0.74\n", "STO-3G", {c.charge, c.multiplicity, false}));
+    EXPECT_NE(built.error, 0) << c.message;
+    EXPECT_THAT(built.report, HasSubstr(c.message));
+  }
+  const BUILT_T cation = build(TESTS::sample_input("H 0 0 0\nH 0 0 0.74\n", "STO-3G", {1, 2, false}));
+  EXPECT_EQ(cation.error, 0);
+  EXPECT_EQ(cation.molecule.n_alpha, 1);
+  EXPECT_EQ(cation.molecule.n_beta, 0);
+  EXPECT_TRUE(cation.molecule.unrestricted);
+  EXPECT_THAT(cation.report,
+              HasSubstr("   NOTE: Open-shell system (nalpha /= nbeta).\n         Switching to Unrestricted (UHF/UKS).\n"));
+}
+
+TEST(MOLECULE, BasisFailuresNameFileAndReason) {
+  EXPECT_THAT(build(TESTS::sample_input(TESTS::water, "no-such")).report,
+              HasSubstr(" *** ERROR: Cannot load basis for Z=8 from basis_data/no-such.dat\n     File not found.\n"));
+  EXPECT_THAT(build(TESTS::sample_input("Au 0 0 0\n", "6-31G*", {0, 2, false})).report,
+              HasSubstr(" from basis_data/6-31gd.dat\n     Element not in basis file.\n"));
+  EXPECT_THAT(
+      build(TESTS::sample_input("Zn 0 0 0\n", "aug-cc-pVQZ")).report,
+      HasSubstr(" *** ERROR: basis-set angular momentum exceeds the supported limit.\n     Element Zn: shell type \"H\" has "
+                "L = 5\n     but Zentrix is compiled for L_max = 4 (g-functions).\n"));
+}
+
+TEST(MOLECULE, PotentialsReduceChargesAndCanBeSwitchedOff) {
+  const auto input = TESTS::sample_input("I 0 0 0\nH 0 0 1.6\n", "def2-SVP");
+  const BUILT_T automatic = build(input);
+  ASSERT_EQ(automatic.error, 0) << automatic.report;
+  EXPECT_THAT(automatic.report, HasSubstr("   Auto-detected ECP for Z=53 from basis_data/def2-svp_ecp.dat\n"));
+  EXPECT_DOUBLE_EQ(automatic.molecule.atoms[0].charge, 25.0);
+  EXPECT_EQ(automatic.molecule.n_electrons, 26);
+  EXPECT_EQ(automatic_frozen_core(automatic.molecule), 0);
+  auto without = input;
+  without.ecp = without.default_ecp = "none";
+  const BUILT_T all_electron = build(without);
+  EXPECT_EQ(all_electron.molecule.n_electrons, 54);
+  EXPECT_EQ(automatic_frozen_core(all_electron.molecule), 18);
+  auto wrong = input;
+  wrong.element_ecp[53] = "6-31G*";
+  EXPECT_THAT(build(wrong).report, HasSubstr(" *** ERROR loading ECP for Z=53 from basis_data/6-31gd_ecp.dat"));
+}
+
+TEST(MOLECULE, MixedBasisSetsGoToTheirElements) {
+  auto input = TESTS::sample_input(TESTS::water, "STO-3G");
+  input.basis = "mixed";
+  input.element_basis[8] = "6-31G*";
+  const BUILT_T built = build(input);
+  ASSERT_EQ(built.error, 0) << built.report;
+  EXPECT_EQ(built.molecule.n_basis, 15 + 2);
+}
+
+TEST(MOLECULE, DataFilesFollowTheEnvironment) {
+  EXPECT_EQ(data_file_path("x.dat"), "basis_data/x.dat");
+  setenv("ZENTRIX", "/a/b", 1);
+  EXPECT_EQ(data_file_path("x.dat"), "/a/b/basis_data/x.dat");
+  setenv("ZENTRIX", "/a/b/", 1);
+  EXPECT_EQ(data_file_path("x.dat"), "/a/b/basis_data/x.dat");
+  setenv("ZENTRIX", "c:\\b\\", 1);
+  EXPECT_EQ(data_file_path("x.dat"), "c:\\b\\basis_data/x.dat");
+  setenv("ZENTRIX", "", 1);
+  EXPECT_EQ(data_file_path("x.dat"), "basis_data/x.dat");
+  unsetenv("ZENTRIX");
+}
+
+TEST(SHELL_VALIDATION, ExaminesInOrderAndNamesTheRoutine) {
+  SHELL_T shell;
+  shell.l = 6;
+  shell.nprim = 0;
+  const auto message = [&shell] {
+    try {
+      validate_shell("compute_eri_contracted", shell);
+    } catch (const run_stopped& stop) {
+      return std::string(stop.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(message(), "FATAL [compute_eri_contracted]: l exceeds LMAX = 5");
+  shell.l = -1;
+  EXPECT_EQ(message(), "FATAL [compute_eri_contracted]: negative angular momentum");
+  shell.l = 5;
+  EXPECT_EQ(message(), "FATAL [compute_eri_contracted]: nprim must be > 0, got 0");
+  shell.nprim = 2;
+  EXPECT_THAT(message(), HasSubstr("alpha/coeff not allocated"));
+  shell.alpha = {1.0, -2.0};
+  shell.coeff = {1.0, 1.0};
+  EXPECT_EQ(message(), "FATAL [compute_eri_contracted]: alpha(2) <= 0: -2");
+  shell.alpha[1] = 2.0;
+  EXPECT_EQ(message(), "");
+}
+
+TEST(MOLECULE, NuclearRepulsionAndGhosts) {
+  MOLECULE_T molecule = TESTS::sample_molecule("H 0 0 0\nH 0 0 0.52917721092\n", "STO-3G");
+  EXPECT_NEAR(nuclear_repulsion(molecule), 1.0, 1e-8);
+  molecule.atoms[1].charge = 0.0;
+  molecule.atoms[1].ghost = true;
+  EXPECT_EQ(nuclear_repulsion(molecule), 0.0);
+}
+
+}  // namespace
