@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "input/input_data.hpp"
@@ -33,6 +34,8 @@ void print_bad_token(const std::string& token, std::ostream& report);
 [[nodiscard]] int check_constraints(const INPUT_DATA_T& input, std::ostream& report);
 
 /// Warns about text after a complete value.
-void warn_trailing_text(const std::string& text, std::ostream& report);
+void warn_trailing_text(std::string_view text, std::ostream& report);
+/// The same for the fields of one line from number `used` (from 0) on, if there are any.
+void warn_unused_fields(const std::vector<std::string_view>& fields, std::size_t used, std::ostream& report);
 
 }  // namespace zentrix::INPUT_PARSER

@@ -85,14 +85,20 @@ int parse_cartesian_block(const std::vector<std::string>& lines, bool bohr, bool
     } else if (fragment) {
       used = 4;  // a geometry written for a counterpoise job serves other jobs too
     }
-    if (fields.size() > used) warn_trailing_text(std::string(fields[used].data()), report);
+    warn_unused_fields(fields, used, report);
     atoms.push_back(atom);
   }
   return 0;
 }
 
-void warn_trailing_text(const std::string& text, std::ostream& report) {
+void warn_trailing_text(std::string_view text, std::ostream& report) {
   fmt::print(report, "   *** WARNING: text after the value is ignored: {}\n", trimmed(text));
+}
+
+void warn_unused_fields(const std::vector<std::string_view>& fields, std::size_t used, std::ostream& report) {
+  if (used >= fields.size()) return;
+  const char* end = fields.back().data() + fields.back().size();
+  warn_trailing_text({fields[used].data(), static_cast<std::size_t>(end - fields[used].data())}, report);
 }
 
 }  // namespace zentrix::INPUT_PARSER

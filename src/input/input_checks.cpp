@@ -2,8 +2,11 @@
 
 #include <fmt/ostream.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
+#include <utility>
 
 #include "input/blocks.hpp"
 
@@ -13,21 +16,37 @@ namespace {
 /// Closer nuclei (bohr) are one atom written twice.
 constexpr double coincidence = 1e-3;
 
+double distance(const INPUT_ATOM_T& a, const INPUT_ATOM_T& b) {
+  return std::hypot(a.position[0] - b.position[0], a.position[1] - b.position[1], a.position[2] - b.position[2]);
+}
+
+/// Sweeps the atoms in the order of their projections on a direction that no plane or chain of a molecule is normal to: two
+/// atoms are never closer than their projections, so only near neighbours in that order need a look, whatever the number of
+/// atoms.
 int check_coincident_atoms(const INPUT_DATA_T& input, std::ostream& report) {
+  constexpr std::array<double, 3> direction = {0.6180339887, 0.6841367808, 0.3872983346};  // shorter than 1
+  std::vector<std::pair<double, int>> order;
   for (std::size_t a = 0; a < input.atoms.size(); ++a) {
-    for (std::size_t b = 0; b < a; ++b) {
-      const auto& p = input.atoms[a].position;
-      const auto& q = input.atoms[b].position;
-      if (std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]) < coincidence) {
-        fmt::print(report, " *** ERROR: atoms {} and {} are at the same position.\n", b + 1, a + 1);
-        return 1;
-      }
+    const auto& p = input.atoms[a].position;
+    order.emplace_back(direction[0] * p[0] + direction[1] * p[1] + direction[2] * p[2], static_cast<int>(a));
+  }
+  std::sort(order.begin(), order.end());
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    for (std::size_t j = i + 1; j < order.size() && order[j].first - order[i].first < coincidence; ++j) {
+      const auto [first, second] = std::minmax(order[i].second, order[j].second);
+      if (distance(input.atoms[first], input.atoms[second]) >= coincidence) continue;
+      fmt::print(report, " *** ERROR: atoms {} and {} are at the same position.\n", first + 1, second + 1);
+      return 1;
     }
   }
   return 0;
 }
 
-int check_scan_job(const INPUT_DATA_T& input, std::ostream& report) {
+int check_scan_use(const INPUT_DATA_T& input, std::ostream& report) {
+  if (input.job != JOB::scan && input.job != JOB::scanopt) {
+    if (!input.scan.empty()) fmt::print(report, "   *** WARNING: the %scan block is not used by this job.\n");
+    return 0;
+  }
   if (input.zmatrix.empty()) {
     fmt::print(report, " *** ERROR: %job scan / scanopt requires a %gz (Z-matrix) geometry block.\n");
     fmt::print(report, "            The scan sweeps z-matrix coordinates, so\n            a connectivity is required.\n");
@@ -39,6 +58,15 @@ int check_scan_job(const INPUT_DATA_T& input, std::ostream& report) {
     return 1;
   }
   return check_scan(input, report);
+}
+
+/// "%solvent none" switches solvation off as a whole.
+void settle_solvation(INPUT_DATA_T& input, std::ostream& report) {
+  if (!input.solvation_off) return;
+  if (input.pcm_given || input.eps_given) {
+    fmt::print(report, "   *** WARNING: %solvent none switches solvation off; %pcm and %eps are not used.\n");
+  }
+  input.solvent_given = input.eps_given = input.pcm_given = false;
 }
 
 int check_fragments(INPUT_DATA_T& input, std::ostream& report) {
@@ -75,14 +103,10 @@ int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& re
     fmt::print(report, " *** ERROR: %constrain block requires %job opt or %job opt+freq.\n");
     return 1;
   }
-  if (const int error = check_coincident_atoms(input, report); error != 0) return error;
-  const bool scanning = input.job == JOB::scan || input.job == JOB::scanopt;
-  if (scanning) {
-    if (const int error = check_scan_job(input, report); error != 0) return error;
-  } else if (!input.scan.empty()) {
-    fmt::print(report, "   *** WARNING: the %scan block is not used by this job.\n");
-  }
+  if (const int error = check_scan_use(input, report); error != 0) return error;
   if (const int error = check_constraints(input, report); error != 0) return error;
+  if (const int error = check_coincident_atoms(input, report); error != 0) return error;
+  settle_solvation(input, report);
   return input.job == JOB::bsse ? check_fragments(input, report) : 0;
 }
 

@@ -110,7 +110,8 @@ struct INPUT_DATA_T {
   bool pcm_given = false;
   bool solvent_given = false;
   bool eps_given = false;
-  std::string solvent;  ///< case kept
+  bool solvation_off = false;  ///< the solvent word was "none": solvation stays off whatever else was given
+  std::string solvent;         ///< case kept
   double eps = 0.0;
   int pcm_lebedev = 110;
   double pcm_scaling = 1.2;

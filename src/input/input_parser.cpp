@@ -3,39 +3,36 @@
 #include <fmt/ostream.h>
 
 #include <fstream>
-#include <optional>
 
 #include "input/blocks.hpp"
 #include "input/input_checks.hpp"
+#include "input/keyword_line.hpp"
 #include "input/keyword_table.hpp"
+#include "input/line_reader.hpp"
 #include "input/text.hpp"
 
 namespace zentrix::INPUT_PARSER {
 namespace {
 
-constexpr std::size_t line_length_limit = 512;
-
 enum class BLOCK { none, cartesian, zmatrix, scan, constrain };
 
-/// Contents of the blocks, read when the whole file is known (the job decides what a geometry line must hold).
-struct RAW_INPUT_T {
-  std::vector<std::string> cartesian;
-  std::vector<std::string> zmatrix;
-  std::vector<std::string> scan;
-  std::vector<std::string> constrain;
-  bool has_cartesian = false;
-  bool has_zmatrix = false;
-  bool has_constrain = false;
+/// Where the reading stands: the open block with its lines so far, and which blocks there were.
+struct READER_T {
+  BLOCK block = BLOCK::none;
+  std::vector<std::string> lines;
+  bool has_geometry = false;
+  bool has_constraints = false;
+  std::vector<std::string> unassigned_atoms;  ///< a Cartesian block read before the job asked for fragments
 };
 
-bool begins(const std::string& text, std::string_view prefix) { return text.compare(0, prefix.size(), prefix) == 0; }
+bool begins(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
-/// Block that a line (upper case) opens. A longer word with an underscore is a keyword that merely begins alike.
-BLOCK opened_block(const std::string& line) {
+/// Block that a line (upper case) opens. A keyword of the table, or a longer word with an underscore, merely begins alike.
+BLOCK opened_block(std::string_view line) {
   if (begins(line, "*GEOM")) return BLOCK::cartesian;
+  if (!begins(line, "%")) return BLOCK::none;
+  if (find_keyword(words(line).front().substr(1)) != nullptr) return BLOCK::none;
   if (begins(line, "%GZ")) return BLOCK::zmatrix;
-  const std::string word = line.substr(0, line.find_first_of(" \t"));
-  if (find_keyword(std::string_view(word).substr(std::min<std::size_t>(1, word.size()))) != nullptr) return BLOCK::none;
   if (begins(line, "%GEO") && !begins(line, "%GEOM_")) return BLOCK::cartesian;
   if (begins(line, "%SCAN") && !begins(line, "%SCAN_")) return BLOCK::scan;
   if (begins(line, "%CONSTRAIN") && !begins(line, "%CONSTRAIN_")) return BLOCK::constrain;
@@ -56,147 +53,48 @@ const char* block_word(BLOCK block) {
 }
 
 int print_keyword_inside_block(BLOCK block, const std::string& line, std::ostream& report) {
-  if (block == BLOCK::scan) {
-    fmt::print(report, " *** ERROR: %-keyword inside an open %scan block (missing *end?): {}\n", line);
-  } else if (block == BLOCK::constrain) {
-    fmt::print(report, " *** ERROR: %-keyword inside an open %constrain block (missing *end?): {}\n", line);
-  } else {
-    fmt::print(report, " *** ERROR: %-keyword inside an open {} block (missing *end?): {}\n", block_word(block), line);
+  switch (block) {
+    case BLOCK::scan:
+      fmt::print(report, " *** ERROR: %-keyword inside an open %scan block (missing *end?): {}\n", line);
+      break;
+    case BLOCK::constrain:
+      fmt::print(report, " *** ERROR: %-keyword inside an open %constrain block (missing *end?): {}\n", line);
+      break;
+    default:
+      fmt::print(report, " *** ERROR: %-keyword inside an open {} block (missing *end?): {}\n", block_word(block), line);
   }
   return 1;
 }
 
-void print_offending_line(const std::string& line, std::ostream& report) {
-  fmt::print(report, "            Offending input line:\n              {}\n", line);
-}
-
-int print_unknown_keyword(std::string_view word, const std::string& line, std::ostream& report) {
-  fmt::print(report, " *** ERROR: Unknown input keyword: %{} (please check spelling).\n", word);
-  print_offending_line(line, report);
-  fmt::print(report, "            Run aborted.\n");
-  return 1;
-}
-
-int print_bad_value(const char* what, std::string_view word, const KEYWORD_T& row, const std::string& line,
-                    std::ostream& report) {
-  fmt::print(report, "{}{}\n            (please check spelling).\n", what, word);
-  print_offending_line(line, report);
-  fmt::print(report, "            Valid: {}\n            Run aborted.\n", row.valid);
-  return 1;
-}
-
-/// A keyword line: "%", the keyword, blanks, the value.
-int parse_keyword_line(const std::string& line, INPUT_DATA_T& input, std::ostream& report) {
-  const std::string_view body = trimmed(std::string_view(line).substr(1));
-  const std::string_view word = body.substr(0, body.find_first_of(" \t"));
-  std::string_view value = trimmed(body.substr(word.size()));
-  const KEYWORD_T* row = find_keyword(word);
-  if (row == nullptr) return print_unknown_keyword(word, line, report);
-  if (value.empty()) {
-    if (!row->bare_yes) return print_bad_value(" *** ERROR: Missing or empty value for %", word, *row, line, report);
-    value = "YES";
+/// The unit on the line that opens a Cartesian block; any other word there is nearly always a slip ("bhor").
+void read_opener_options(BLOCK block, const std::string& line, INPUT_DATA_T& input, std::ostream& report) {
+  const bool cartesian = block == BLOCK::cartesian;
+  if (cartesian) input.bohr_units = upper(line).find("BOHR") != std::string::npos;
+  const std::vector<std::string_view> fields = words(line);
+  for (std::size_t i = 1; i < fields.size(); ++i) {
+    const std::string word = upper(fields[i]);
+    const bool unit = cartesian && (word.find("BOHR") != std::string::npos || word.find("ANG") != std::string::npos);
+    if (!unit) warn_trailing_text(fields[i], report);
   }
-  std::string_view rest;
-  if (!row->whole_line) {
-    const std::size_t length = std::min(value.find_first_of(" \t"), value.size());
-    rest = trimmed(value.substr(length));
-    value = value.substr(0, length);
-  }
-  if (!row->set(input, value)) return print_bad_value(" *** ERROR: Invalid value for %", word, *row, line, report);
-  if (!rest.empty()) warn_trailing_text(std::string(rest), report);
-  return 0;
 }
 
-/// Opens a block; a second geometry is refused, a later scan or constraint block replaces the earlier one.
-int open_block(BLOCK block, const std::string& upper_line, RAW_INPUT_T& raw, INPUT_DATA_T& input, std::ostream& report) {
+/// A second geometry is refused: nobody could tell which one was meant.
+int open_block(BLOCK block, const std::string& line, READER_T& reader, INPUT_DATA_T& input, std::ostream& report) {
   if (block == BLOCK::cartesian || block == BLOCK::zmatrix) {
-    if (raw.has_cartesian || raw.has_zmatrix) {
+    if (reader.has_geometry) {
       fmt::print(report, " *** ERROR: more than one geometry block (%geo or %gz) in the input file.\n");
       return 1;
     }
-    raw.has_cartesian = block == BLOCK::cartesian;
-    raw.has_zmatrix = block == BLOCK::zmatrix;
-    input.bohr_units = raw.has_cartesian && upper_line.find("BOHR") != std::string::npos;
-  } else if (block == BLOCK::scan) {
-    raw.scan.clear();
-  } else {
-    raw.constrain.clear();
-    raw.has_constrain = true;
+    reader.has_geometry = true;
   }
+  reader.block = block;
+  reader.lines.clear();
+  read_opener_options(block, line, input, report);
   return 0;
 }
 
-std::vector<std::string>& lines_of(BLOCK block, RAW_INPUT_T& raw) {
-  switch (block) {
-    case BLOCK::cartesian:
-      return raw.cartesian;
-    case BLOCK::zmatrix:
-      return raw.zmatrix;
-    case BLOCK::scan:
-      return raw.scan;
-    default:
-      return raw.constrain;
-  }
-}
-
-/// Reads one line of at most the buffer's length; empty at the end of the file, a longer line is an error.
-std::optional<std::string> next_line(std::istream& file, std::ostream& report, int& error) {
-  std::string line;
-  bool any = false;
-  for (int c = file.get(); c != std::char_traits<char>::eof(); c = file.get()) {
-    any = true;
-    if (c == '\n') return line;
-    line += static_cast<char>(c);
-    if (line.size() > line_length_limit) {
-      fmt::print(report, " *** ERROR: Input line is longer than {} characters; it begins:\n              {}\n",
-                 line_length_limit, line.substr(0, 60));
-      error = 1;
-      return std::nullopt;
-    }
-  }
-  return any ? std::optional<std::string>(line) : std::nullopt;
-}
-
-int read_lines(std::istream& file, RAW_INPUT_T& raw, INPUT_DATA_T& input, std::ostream& report) {
-  BLOCK block = BLOCK::none;
-  int error = 0;
-  while (const auto read = next_line(file, report, error)) {
-    const std::string line(trimmed(without_comment(trimmed(*read))));
-    if (line.empty()) continue;
-    const std::string upper_line = upper(line);
-    if (block != BLOCK::none) {
-      if (begins(upper_line, "*END")) {
-        block = BLOCK::none;
-      } else if (line[0] == '%') {
-        return print_keyword_inside_block(block, line, report);
-      } else {
-        lines_of(block, raw).push_back(line);
-      }
-      continue;
-    }
-    const BLOCK opened = opened_block(upper_line);
-    if (opened != BLOCK::none) {
-      block = opened;
-      error = open_block(block, upper_line, raw, input, report);
-    } else if (line[0] == '%') {
-      error = parse_keyword_line(line, input, report);
-    } else {
-      fmt::print(report, "   *** WARNING: line outside any block is ignored: {}\n", line);
-    }
-    if (error != 0) return error;
-  }
-  if (error == 0 && block != BLOCK::none) {
-    fmt::print(report, " *** ERROR: {} block is not closed (missing *end).\n", block_word(block));
-    return 1;
-  }
-  return error;
-}
-
-int build_geometry(const RAW_INPUT_T& raw, INPUT_DATA_T& input, std::ostream& report) {
-  if (!raw.has_zmatrix) {
-    return parse_cartesian_block(raw.cartesian, input.bohr_units, input.job == JOB::bsse, input.atoms, report);
-  }
-  if (const int error = parse_zmatrix_block(raw.zmatrix, input.zmatrix, report); error != 0) return error;
+int build_zmatrix_geometry(const std::vector<std::string>& lines, INPUT_DATA_T& input, std::ostream& report) {
+  if (const int error = parse_zmatrix_block(lines, input.zmatrix, report); error != 0) return error;
   std::vector<double> coords(3 * input.zmatrix.size());
   if (const int error = zmatrix_to_cartesian(input.zmatrix, coords, report); error != 0) return error;
   for (std::size_t n = 0; n < input.zmatrix.size(); ++n) {
@@ -206,16 +104,76 @@ int build_geometry(const RAW_INPUT_T& raw, INPUT_DATA_T& input, std::ostream& re
   return 0;
 }
 
+/// Reads the contents of a block that has ended; a later scan or constraint block replaces an earlier one.
+int close_block(READER_T& reader, INPUT_DATA_T& input, std::ostream& report) {
+  const BLOCK block = reader.block;
+  reader.block = BLOCK::none;
+  switch (block) {
+    case BLOCK::cartesian:
+      if (input.job != JOB::bsse) reader.unassigned_atoms = reader.lines;
+      return parse_cartesian_block(reader.lines, input.bohr_units, input.job == JOB::bsse, input.atoms, report);
+    case BLOCK::zmatrix:
+      return build_zmatrix_geometry(reader.lines, input, report);
+    case BLOCK::scan:
+      input.scan.clear();
+      return parse_scan_block(reader.lines, input.scan, report);
+    default:
+      reader.has_constraints = true;
+      input.constraints.clear();
+      return parse_constraint_block(reader.lines, input.constraints, report);
+  }
+}
+
+int take_line(const INPUT_LINE_T& line, READER_T& reader, INPUT_DATA_T& input, std::ostream& report) {
+  if (line.text.empty()) return 0;
+  const std::string upper_line = upper(line.text);
+  if (reader.block != BLOCK::none) {
+    if (begins(upper_line, "*END")) return close_block(reader, input, report);
+    if (line.text[0] == '%') return print_keyword_inside_block(reader.block, line.written, report);
+    reader.lines.push_back(line.text);
+    return 0;
+  }
+  const BLOCK opened = opened_block(upper_line);
+  if (opened != BLOCK::none) return open_block(opened, line.text, reader, input, report);
+  if (line.text[0] == '%') return parse_keyword_line(line, input, report);
+  fmt::print(report, "   *** WARNING: line outside any block is ignored: {}\n", line.written);
+  return 0;
+}
+
+int read_file(std::istream& file, INPUT_DATA_T& input, std::ostream& report) {
+  READER_T reader;
+  INPUT_LINE_T line;
+  READ_STATUS status = READ_STATUS::line;
+  while ((status = read_line(file, line, report)) == READ_STATUS::line) {
+    if (const int error = take_line(line, reader, input, report); error != 0) return error;
+  }
+  if (status == READ_STATUS::error) return 1;
+  if (reader.block != BLOCK::none) {
+    fmt::print(report, " *** ERROR: {} block is not closed (missing *end).\n", block_word(reader.block));
+    return 1;
+  }
+  // The job line may stand below the geometry: only now is the fragment column known to be needed.
+  if (input.job == JOB::bsse && !reader.unassigned_atoms.empty()) {
+    input.atoms.clear();
+    const int error = parse_cartesian_block(reader.unassigned_atoms, input.bohr_units, true, input.atoms, report);
+    if (error != 0) return error;
+  }
+  return check_input(input, reader.has_constraints, report);
+}
+
+/// The line that ends the message of every input error.
+int print_run_aborted(std::ostream& report) {
+  fmt::print(report, "            Run aborted.\n");
+  return 1;
+}
+
 }  // namespace
 
 int parse_input_stream(std::istream& file, INPUT_DATA_T& input, std::ostream& report) {
   input = INPUT_DATA_T{};
-  RAW_INPUT_T raw;
-  if (const int error = read_lines(file, raw, input, report); error != 0) return error;
-  if (const int error = build_geometry(raw, input, report); error != 0) return error;
-  if (const int error = parse_scan_block(raw.scan, input.scan, report); error != 0) return error;
-  if (const int error = parse_constraint_block(raw.constrain, input.constraints, report); error != 0) return error;
-  return check_input(input, raw.has_constrain, report);
+  if (read_file(file, input, report) == 0) return 0;
+  input = INPUT_DATA_T{};  // nothing half-read is kept
+  return print_run_aborted(report);
 }
 
 int parse_input(const std::string& file_name, INPUT_DATA_T& input, std::ostream& report) {
@@ -223,7 +181,7 @@ int parse_input(const std::string& file_name, INPUT_DATA_T& input, std::ostream&
   // A folder opens as a file but cannot be read from.
   if (!file || (file.peek() == std::char_traits<char>::eof() && !file.eof())) {
     fmt::print(report, " *** ERROR: Cannot open input file: {}\n", file_name);
-    return 1;
+    return print_run_aborted(report);
   }
   file.clear();
   return parse_input_stream(file, input, report);

@@ -42,11 +42,25 @@ void print_names(const char* label, const INPUT_DATA_T& input, const std::string
   }
 }
 
+/// With no name given the potentials that belong to the basis sets are found when the molecule is built.
+void print_ecp(const INPUT_DATA_T& input, std::ostream& report) {
+  print_names("   ECP:              ", input, input.ecp.empty() ? "automatic" : input.ecp, input.default_ecp,
+              input.element_ecp, report);
+  if (input.ecp == "none") return;
+  if (input.ecp_method == DERIVATIVE::analytical) {
+    fmt::print(report, "   ECP integrals:    analytical (McMurchie-Davidson)\n");
+  } else {
+    fmt::print(report, "   ECP integrals:    numerical (quadrature)\n");
+  }
+}
+
 void print_solvation(const INPUT_DATA_T& input, std::ostream& report) {
   if (input.eps_given) {
     fmt::print(report, "   PCM (custom eps): {}\n", input.eps);
   } else if (input.solvent_given) {
-    fmt::print(report, "   PCM solvent:      {}\n", input.solvent);
+    fmt::print(report, "   PCM solvent:      {}", input.solvent);
+    if (input.eps > 0.0) fmt::print(report, " (eps={})", input.eps);  // set where the solvent's name was looked up
+    fmt::print(report, "\n");
   }
 }
 
@@ -141,14 +155,7 @@ void print_job_summary(const INPUT_DATA_T& input, std::ostream& report) {
   print_solvation(input, report);
   print_names("   Basis set:        ", input, input.basis, input.default_basis, input.element_basis, report);
   fmt::print(report, "   Spin treatment:   {}\n", input.unrestricted ? "Unrestricted" : "Restricted");
-  if (!input.ecp.empty()) {
-    print_names("   ECP:              ", input, input.ecp, input.default_ecp, input.element_ecp, report);
-    if (input.ecp_method == DERIVATIVE::analytical) {
-      fmt::print(report, "   ECP integrals:    analytical (McMurchie-Davidson)\n");
-    } else {
-      fmt::print(report, "   ECP integrals:    numerical (quadrature)\n");
-    }
-  }
+  print_ecp(input, report);
   fmt::print(report, "   Charge:           {}\n   Multiplicity:     {}\n", input.charge, input.multiplicity);
   fmt::print(report, "   Atoms:            {}\n", input.atoms.size());
   if (input.spherical) {

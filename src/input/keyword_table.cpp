@@ -1,676 +1,272 @@
 #include "input/keyword_table.hpp"
 
-#include <array>
-#include <initializer_list>
-#include <utility>
-
-#include "constants/elements.hpp"
-#include "input/text.hpp"
-
 namespace zentrix::INPUT_PARSER {
 namespace {
 
+using IN = INPUT_DATA_T;
+
+/// Larger charges are typing slips that would only overflow an electron count later.
+constexpr int largest_charge = 1000000;
+
 constexpr const char* yes_no_text = "yes (on/true/1/T) | no (off/false/0/F) | <bare keyword for yes>";
 
-template <auto FIELD>
-bool set_integer(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_integer(value);
-  if (number) input.*FIELD = *number;
-  return number.has_value();
+bool is_positive(double x) { return x > 0.0; }
+bool is_weight(double x) { return x >= 0.0 && x < 1.0; }
+bool exceeds_one(double x) { return x > 1.0; }
+
+VALUE_READER_T derivative(DERIVATIVE IN::*field, const WORD_GROUP_T& analytical, const WORD_GROUP_T& numerical) {
+  return one_of(field, {{DERIVATIVE::analytical, analytical}, {DERIVATIVE::numerical, numerical}});
 }
 
-template <auto FIELD>
-bool set_positive_integer(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_integer(value);
-  if (!number || *number < 1) return false;
-  input.*FIELD = *number;
-  return true;
+VALUE_READER_T job() {
+  return one_of(&IN::job, {{JOB::energy, {"ENERGY", "SP", "SINGLE"}},
+                           {JOB::gradient, {"GRADIENT", "GRAD", "FORCE"}},
+                           {JOB::opt, {"OPT", "OPTIMIZE"}},
+                           {JOB::freq, {"FREQ", "FREQUENCY", "HESSIAN"}},
+                           {JOB::opt_freq, {"OPT+FREQ", "OPTFREQ"}},
+                           {JOB::bsse, {"BSSE", "COUNTERPOISE", "CP"}},
+                           {JOB::scan, {"SCAN", "PESCAN", "RIGID_SCAN"}},
+                           {JOB::scanopt, {"SCANOPT", "RELAXED_SCAN", "SCAN+OPT"}},
+                           {JOB::ts, {"TS", "OPT_TS", "OPTTS"}},
+                           {JOB::ts_freq, {"TS+FREQ", "TSFREQ", "OPT_TS+FREQ", "OPTTSFREQ"}}});
 }
 
-template <auto FIELD>
-bool set_real(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_real(value);
-  if (number) input.*FIELD = *number;
-  return number.has_value();
+VALUE_READER_T spin() {
+  return one_of(&IN::unrestricted,
+                {{true, {"UNRESTRICTED", "UHF", "UKS", "U"}}, {false, {"RESTRICTED", "RHF", "RKS", "R"}}});
 }
 
-template <auto FIELD>
-bool set_positive_real(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_real(value);
-  if (!number || *number <= 0.0) return false;
-  input.*FIELD = *number;
-  return true;
+VALUE_READER_T converger() { return one_of(&IN::scf_converger, {{"DIIS", {"DIIS"}}, {"NONE", {"NONE", "OFF", "NO"}}}); }
+
+VALUE_READER_T occupation() {
+  return one_of(&IN::occupation, {{OCCUPATION::automatic, {"AUTO"}},
+                                  {OCCUPATION::strict, {"STRICT", "AUFBAU"}},
+                                  {OCCUPATION::mom, {"MOM", "MAXOV", "MAX_OVERLAP"}},
+                                  {OCCUPATION::mix, {"MIX", "REMIX"}}});
 }
 
-template <auto FIELD>
-bool set_yes_no(INPUT_DATA_T& input, std::string_view value) {
-  const auto answer = read_yes_no(value);
-  if (answer) input.*FIELD = *answer;
-  return answer.has_value();
+VALUE_READER_T initial_guess() {
+  return one_of(&IN::initial_guess,
+                {{GUESS::automatic, {"AUTO"}}, {GUESS::sad, {"SAD"}}, {GUESS::core, {"CORE", "HCORE", "CORE_H"}}});
 }
 
-template <auto FIELD>
-bool set_upper(INPUT_DATA_T& input, std::string_view value) {
-  input.*FIELD = upper(value);
-  return true;
+VALUE_READER_T model_hessian() {
+  return one_of(&IN::initial_hess, {{MODEL_HESSIAN::diag, {"DIAG", "DIAGONAL", "LINDH"}},
+                                    {MODEL_HESSIAN::full, {"FULL", "ALMLOF", "ALMLOEF", "COUPLED"}}});
 }
 
-/// One choice of a word keyword: all words that mean it.
-template <typename VALUE>
-struct CHOICE_T {
-  VALUE value;
-  std::initializer_list<const char*> words;
-};
-
-template <typename VALUE>
-bool choose(VALUE& field, std::string_view value, std::initializer_list<CHOICE_T<VALUE>> choices) {
-  const std::string word = upper(value);
-  for (const auto& choice : choices) {
-    for (const char* known : choice.words) {
-      if (word == known) {
-        field = choice.value;
-        return true;
-      }
-    }
-  }
-  return false;
+VALUE_READER_T opt_coord() {
+  return one_of(&IN::opt_coord,
+                {{OPT_COORD::internal, {"INTERNAL", "INTERNALS", "REDUNDANT", "RFO", "INT"}},
+                 {OPT_COORD::cartesian, {"CART", "CARTESIAN", "BFGS", "CART_BFGS", "CARTESIAN_BFGS", "XYZ"}}});
 }
 
-/// "name" for all elements or "El=name" for one.
-struct ELEMENT_NAME_T {
-  int z = 0;  ///< 0: all elements
-  std::string name;
-};
-
-ELEMENT_NAME_T split_element_name(std::string_view value) {
-  const auto equals = value.find('=');
-  if (equals != std::string_view::npos) {
-    const int z = atomic_number(trimmed(value.substr(0, equals)));
-    if (z != 0) return {z, std::string(trimmed(value.substr(equals + 1)))};
-  }
-  return {0, std::string(value)};
+VALUE_READER_T grad_method() {
+  return one_of(&IN::semi_analytical_gradient,
+                {{false, {"ANALYTICAL", "FULL", "1"}}, {true, {"SEMIANALYTICAL", "SEMI", "FD", "0"}}});
 }
 
-/// A global name replaces what was said before for all elements; an element's own name turns the global one into "mixed".
-bool set_element_name(std::string_view value, std::string& global, std::string& standard, std::map<int, std::string>& own) {
-  const ELEMENT_NAME_T parsed = split_element_name(value);
-  if (parsed.name.empty()) return false;
-  if (parsed.z == 0) {
-    standard = parsed.name;
-  } else {
-    own[parsed.z] = parsed.name;
-  }
-  global = own.empty() ? standard : "mixed";
-  return true;
+VALUE_READER_T hess_method() {
+  return derivative(&IN::hess_method, {"ANALYTICAL", "FULL", "1"}, {"NUMERICAL", "NUM", "FD", "0"});
 }
 
-bool set_level_shift(INPUT_DATA_T& input, std::string_view value) {
-  if (choose<LEVEL_SHIFT>(input.level_shift_mode, value,
-                          {{LEVEL_SHIFT::automatic, {"AUTO"}}, {LEVEL_SHIFT::off, {"OFF", "NONE", "NO"}}})) {
-    input.level_shift = 0.0;
-    return true;
-  }
-  const auto number = read_real(value);
-  if (!number) return false;
-  input.level_shift = *number;
-  input.level_shift_mode = *number == 0.0 ? LEVEL_SHIFT::off : LEVEL_SHIFT::fixed;
-  return true;
+VALUE_READER_T ecp_method() {
+  return derivative(&IN::ecp_method, {"ANALYTICAL", "MD", "MCMURCHIE", "1"}, {"NUMERICAL", "QUADRATURE", "NUM", "0"});
 }
 
-bool set_grid(INPUT_DATA_T& input, std::string_view value) {
-  if (choose<std::string>(input.grid, value,
-                          {{"FINE", {"FINE", "GFINE"}},
-                           {"ULTRAFINE", {"ULTRAFINE", "GULTRAFINE"}},
-                           {"TM", {"TM", "TREUTLER"}},
-                           {"G09", {"G09", "G09REF"}},
-                           {"ORCA7", {"ORCA7"}}})) {
-    return true;
-  }
-  const auto level = read_integer(value);
-  if (!level || *level < 1 || *level > 10) return false;
-  input.grid = std::to_string(*level);
-  return true;
+VALUE_READER_T xc_deriv() { return derivative(&IN::xc_deriv, {"ANALYTICAL", "ANAL", "EXACT"}, {"NUMERICAL", "NUM", "FD"}); }
+
+VALUE_READER_T pcm_grad_method() {
+  return derivative(&IN::pcm_grad_method, {"ANALYTICAL", "ANA", "AN", "TRUE", "YES", "ON"},
+                    {"NUMERICAL", "NUM", "FD", "FALSE", "NO", "OFF"});
 }
 
-bool set_condition_limit(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_real(value);
-  if (!number || *number <= 1.0) return false;
-  input.scf_diis_cond_max = *number;
-  return true;
-}
+VALUE_READER_T tolerance(double IN::*field) { return real_where(field, "real", is_positive); }
 
-bool set_frozen_core(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_integer(value);
-  if (!number || *number < -1) return false;
-  input.frozen_core = *number;
-  return true;
-}
-
-bool set_solvent(INPUT_DATA_T& input, std::string_view value) {
-  const std::string word = upper(value);
-  const bool off = word == "NONE" || word == "OFF" || word == "NO" || word == "FALSE";
-  input.solvent_given = !off;
-  input.solvent = off ? "" : std::string(value);
-  return true;
-}
-
-bool set_eps(INPUT_DATA_T& input, std::string_view value) {
-  const auto number = read_real(value);
-  if (!number || *number < 1.0) return false;
-  input.eps = *number;
-  input.eps_given = true;
-  return true;
-}
-
-bool set_pcm(INPUT_DATA_T& input, std::string_view value) {
-  if (!choose<PCM_MODEL>(input.pcm_model, value,
-                         {{PCM_MODEL::cpcm, {"CPCM", "C-PCM", "C_PCM"}},
-                          {PCM_MODEL::iefpcm, {"IEFPCM", "IEF-PCM", "IEF_PCM", "PCM"}},
-                          {PCM_MODEL::cosmo, {"COSMO"}},
-                          {PCM_MODEL::none, {"NONE"}}})) {
-    return false;
-  }
-  input.pcm_given = input.pcm_model != PCM_MODEL::none;
-  return true;
-}
-
-using IN = INPUT_DATA_T;
-using VIEW = std::string_view;
+// A row: name, aliases, value, default, meaning, accepted text. Kept as a table, three lines a keyword.
+// clang-format off
 
 std::vector<KEYWORD_T> job_and_molecule_rows() {
   return {
-      {"METHOD", {}, "name", "HF", "Method or density functional.", "", false, false, set_upper<&IN::method>},
-      {"DISPERSION",
-       {"DISP"},
-       "word",
-       "NONE",
+      {"METHOD", {}, upper_word(&IN::method, "name"), "HF",
+       "Method: HF, MP2, UMP2 or the name of a density functional.",
+       "hf | mp2 | ump2 | <density functional>"},
+      {"DISPERSION", {"DISP"}, upper_word(&IN::dispersion, "word"), "NONE",
        "Empirical dispersion correction.",
-       "none | d3 | d4",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<std::string>(
-             in.dispersion, v, {{"NONE", {"NONE", "OFF", "NO"}}, {"D3", {"D3", "D3BJ", "D3(BJ)", "D3-BJ"}}, {"D4", {"D4"}}});
-       }},
-      {"BASIS",
-       {},
-       "name, or El=name for one element",
-       "STO-3G",
-       "Basis set; the name may contain blanks.",
-       "<basis name> | <element>=<basis name>",
-       true,
-       false,
-       [](IN& in, VIEW v) { return set_element_name(v, in.basis, in.default_basis, in.element_basis); }},
-      {"ECP",
-       {},
-       "name, or El=name for one element",
-       "automatic",
-       "Effective core potential; none switches automatic detection off.",
-       "<ECP name> | <element>=<ECP name> | none",
-       true,
-       false,
-       [](IN& in, VIEW v) { return set_element_name(v, in.ecp, in.default_ecp, in.element_ecp); }},
-      {"JOB",
-       {},
-       "word",
-       "energy",
+       "none | d3bj | d4"},
+      {"BASIS", {}, basis_value(), "STO-3G",
+       "Basis set. A plain name serves all elements without one of their own.",
+       "<basis name> | <element>=<basis name>"},
+      {"ECP", {}, ecp_value(), "automatic",
+       "Effective core potential; `none` switches automatic detection off.",
+       "<ECP name> | <element>=<ECP name> | none"},
+      {"JOB", {}, job(), "energy",
        "What to compute.",
-       "energy | gradient | opt | freq | opt+freq | bsse | scan | scanopt | ts | ts+freq",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<JOB>(in.job, v,
-                            {{JOB::energy, {"ENERGY", "SP", "SINGLE"}},
-                             {JOB::gradient, {"GRADIENT", "GRAD", "FORCE"}},
-                             {JOB::opt, {"OPT", "OPTIMIZE"}},
-                             {JOB::freq, {"FREQ", "FREQUENCY", "HESSIAN"}},
-                             {JOB::opt_freq, {"OPT+FREQ", "OPTFREQ"}},
-                             {JOB::bsse, {"BSSE", "COUNTERPOISE", "CP"}},
-                             {JOB::scan, {"SCAN", "PESCAN", "RIGID_SCAN"}},
-                             {JOB::scanopt, {"SCANOPT", "RELAXED_SCAN", "SCAN+OPT"}},
-                             {JOB::ts, {"TS", "OPT_TS", "OPTTS"}},
-                             {JOB::ts_freq, {"TS+FREQ", "TSFREQ", "OPT_TS+FREQ", "OPTTSFREQ"}}});
-       }},
-      {"CHARGE",
-       {},
-       "integer",
-       "0",
-       "Total charge.",
-       "expected: integer (e.g. 0, +1, -1)",
-       false,
-       false,
-       set_integer<&IN::charge>},
-      {"MULT",
-       {"MULTIPLICITY"},
-       "positive integer",
-       "1",
+       "energy | gradient | opt | freq | opt+freq | bsse | scan | scanopt | ts | ts+freq"},
+      {"CHARGE", {}, integer_in(&IN::charge, -largest_charge, largest_charge), "0",
+       "Total charge of the molecule.",
+       "expected: integer (e.g. 0, +1, -1)"},
+      {"MULT", {"MULTIPLICITY"}, positive_integer(&IN::multiplicity), "1",
        "Spin multiplicity 2S+1.",
-       "expected: positive integer (1=singlet, 2=doublet, 3=triplet, ...)",
-       false,
-       false,
-       set_positive_integer<&IN::multiplicity>},
-      {"SPIN",
-       {},
-       "word",
-       "restricted",
+       "expected: positive integer (1=singlet, 2=doublet, 3=triplet, ...)"},
+      {"SPIN", {}, spin(), "restricted",
        "Restricted or unrestricted orbitals.",
-       "restricted (RHF/RKS/R) | unrestricted (UHF/UKS/U)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<bool>(in.unrestricted, v,
-                             {{true, {"UNRESTRICTED", "UHF", "UKS", "U"}}, {false, {"RESTRICTED", "RHF", "RKS", "R"}}});
-       }},
-      {"SPHERICAL",
-       {},
-       "yes/no",
-       "no",
+       "restricted (RHF/RKS/R) | unrestricted (UHF/UKS/U)"},
+      {"SPHERICAL", {}, yes_no(&IN::spherical), "no",
        "Spherical instead of Cartesian angular functions.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::spherical>},
+       yes_no_text},
   };
 }
 
 std::vector<KEYWORD_T> scf_rows() {
   return {
-      {"SCF_MAXITER",
-       {},
-       "positive integer",
-       "150",
+      {"SCF_MAXITER", {}, positive_integer(&IN::scf_maxiter), "150",
        "Largest number of SCF iterations.",
-       "expected: positive integer (e.g. 128)",
-       false,
-       false,
-       set_positive_integer<&IN::scf_maxiter>},
-      {"SCF_CONVERGER",
-       {"CONVERGER"},
-       "word",
-       "DIIS",
+       "expected: positive integer (e.g. 128)"},
+      {"SCF_CONVERGER", {"CONVERGER"}, converger(), "DIIS",
        "Convergence acceleration.",
-       "diis | none (off)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<std::string>(in.scf_converger, v, {{"DIIS", {"DIIS"}}, {"NONE", {"NONE", "OFF"}}});
-       }},
-      {"SCF_ETOL",
-       {},
-       "real",
-       "1e-8",
+       "diis | none (off/no)"},
+      {"SCF_ETOL", {}, tolerance(&IN::scf_etol), "1e-8",
        "Tolerance on the energy change, hartree.",
-       "expected: real number (e.g. 1e-8)",
-       false,
-       false,
-       set_real<&IN::scf_etol>},
-      {"SCF_PTOL",
-       {},
-       "real",
-       "1e-6",
+       "expected: real number (e.g. 1e-8)"},
+      {"SCF_PTOL", {}, tolerance(&IN::scf_ptol), "1e-6",
        "Tolerance on the largest change of a density element.",
-       "expected: real number (e.g. 1e-6)",
-       false,
-       false,
-       set_real<&IN::scf_ptol>},
-      {"LEVEL_SHIFT",
-       {},
-       "word or real",
-       "AUTO",
-       "Shift of the virtual orbitals, hartree.",
-       "expected: AUTO, OFF, or real number",
-       false,
-       false,
-       set_level_shift},
-      {"DAMPING",
-       {},
-       "real",
-       "0",
-       "Weight of the previous density in the new one.",
-       "expected: real number (e.g. 0.5)",
-       false,
-       false,
-       set_real<&IN::damping>},
-      {"SCF_DIIS_ETOL",
-       {"SCF_GTOL"},
-       "positive real",
-       "1e-5",
-       "Tolerance on the orbital gradient ||FPS-SPF||.",
-       "expected: positive real (e.g. 1e-5)",
-       false,
-       false,
-       set_positive_real<&IN::scf_gtol>},
-      {"SCF_MIN_ITER",
-       {},
-       "positive integer",
-       "5",
+       "expected: real number (e.g. 1e-6)"},
+      {"LEVEL_SHIFT", {}, level_shift_value(), "AUTO",
+       "Shift of the virtual orbitals, hartree; a number is applied from the first iteration.",
+       "expected: AUTO, OFF, or real number"},
+      {"DAMPING", {}, real_where(&IN::damping, "real", is_weight), "0",
+       "Weight of the previous density in the new one, from 0 to below 1.",
+       "expected: real number (e.g. 0.5)"},
+      {"SCF_DIIS_ETOL", {"SCF_GTOL"}, positive_real(&IN::scf_gtol), "1e-5",
+       "Tolerance on the orbital gradient norm of FPS-SPF.",
+       "expected: positive real (e.g. 1e-5)"},
+      {"SCF_MIN_ITER", {}, positive_integer(&IN::scf_min_iter), "5",
        "Iterations that must pass before convergence counts.",
-       "expected: positive integer (e.g. 5)",
-       false,
-       false,
-       set_positive_integer<&IN::scf_min_iter>},
-      {"SCF_N_CONVERGED",
-       {"SCF_NCONV"},
-       "positive integer",
-       "2",
+       "expected: positive integer (e.g. 5)"},
+      {"SCF_N_CONVERGED", {"SCF_NCONV"}, positive_integer(&IN::scf_n_converged), "2",
        "Consecutive converged iterations required.",
-       "expected: positive integer (1 or 2)",
-       false,
-       false,
-       set_positive_integer<&IN::scf_n_converged>},
-      {"SCF_DIIS_COND_MAX",
-       {"SCF_DIIS_CONDMAX"},
-       "real > 1",
-       "1e10",
+       "expected: positive integer (1 or 2)"},
+      {"SCF_DIIS_COND_MAX", {"SCF_DIIS_CONDMAX"}, real_where(&IN::scf_diis_cond_max, "real > 1", exceeds_one), "1e10",
        "Condition limit of the DIIS matrix.",
-       "expected: real > 1 (e.g. 1e10)",
-       false,
-       false,
-       set_condition_limit},
-      {"ERI_MEMORY_LIMIT_MB",
-       {"ERI_MEM_LIMIT_MB", "ERI_MEMORY_LIMIT", "ERI_MEM_LIMIT"},
-       "positive integer",
-       "4096",
-       "Memory for stored integrals, MB; above it they are recomputed.",
-       "expected: positive integer in MB (e.g. 4096)",
-       false,
-       false,
-       set_positive_integer<&IN::eri_memory_limit_mb>},
-      {"UKS_OCCUPATION",
-       {"UHF_OCCUPATION", "OCCUPATION"},
-       "word",
-       "AUTO",
+       "expected: real > 1 (e.g. 1e10)"},
+      {"ERI_MEMORY_LIMIT_MB", {"ERI_MEM_LIMIT_MB", "ERI_MEMORY_LIMIT", "ERI_MEM_LIMIT"},
+       positive_integer(&IN::eri_memory_limit_mb), "4096",
+       "Memory for stored two-electron integrals, MB; larger stores are recomputed in every iteration.",
+       "expected: positive integer in MB (e.g. 4096)"},
+      {"UKS_OCCUPATION", {"UHF_OCCUPATION", "OCCUPATION"}, occupation(), "AUTO",
        "Occupation control of unrestricted runs.",
-       "expected: AUTO, STRICT, MOM, or MIX",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<OCCUPATION>(in.occupation, v,
-                                   {{OCCUPATION::automatic, {"AUTO"}},
-                                    {OCCUPATION::strict, {"STRICT", "AUFBAU"}},
-                                    {OCCUPATION::mom, {"MOM", "MAXOV", "MAX_OVERLAP"}},
-                                    {OCCUPATION::mix, {"MIX", "REMIX"}}});
-       }},
-      {"INITIAL_GUESS",
-       {"GUESS", "SCF_GUESS"},
-       "word",
-       "AUTO",
+       "expected: AUTO, STRICT, MOM, or MIX"},
+      {"INITIAL_GUESS", {"GUESS", "SCF_GUESS"}, initial_guess(), "AUTO",
        "Starting density.",
-       "expected: AUTO, SAD, or CORE",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<GUESS>(
-             in.initial_guess, v,
-             {{GUESS::automatic, {"AUTO"}}, {GUESS::sad, {"SAD"}}, {GUESS::core, {"CORE", "HCORE", "CORE_H"}}});
-       }},
-      {"BOYS_COOK",
-       {"BOYS_PRECISE"},
-       "yes/no",
-       "no",
-       "Boys function by its series instead of the table.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::boys_precise>},
-      {"GRID",
-       {"GRID_QUALITY"},
-       "word or 1 to 10",
-       "6",
+       "expected: AUTO, SAD, or CORE"},
+      {"BOYS_COOK", {"BOYS_PRECISE"}, yes_no(&IN::boys_precise), "no",
+       "Precise evaluation of the Boys function for the whole run.",
+       yes_no_text},
+  };
+}
+
+std::vector<KEYWORD_T> functional_and_correlation_rows() {
+  return {
+      {"GRID", {"GRID_QUALITY"}, grid_value(), "6",
        "Integration grid of density functionals.",
-       "fine | ultrafine | tm | g09 | orca7 | <integer 1..10>",
-       false,
-       false,
-       set_grid},
-      {"XC_DERIV",
-       {},
-       "word",
-       "analytical",
-       "Second derivatives of the functional.",
-       "analytical (anal/exact) | numerical (num/fd)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<DERIVATIVE>(in.xc_deriv, v,
-                                   {{DERIVATIVE::analytical, {"ANALYTICAL", "ANAL", "EXACT"}},
-                                    {DERIVATIVE::numerical, {"NUMERICAL", "NUM", "FD"}}});
-       }},
-      {"FROZEN_CORE",
-       {"NFROZEN"},
-       "integer",
-       "-1",
+       "fine | ultrafine | tm | g09 | orca7 | <integer 1..10>"},
+      {"XC_DERIV", {}, xc_deriv(), "analytical",
+       "Derivatives of the exchange-correlation functional.",
+       "analytical (anal/exact) | numerical (num/fd)"},
+      {"FROZEN_CORE", {"NFROZEN"}, integer_in(&IN::frozen_core, -1, 2147483647), "-1",
        "Orbitals left uncorrelated in MP2.",
-       "expected: integer (-1=auto, 0=correlate all, n>0=freeze n)",
-       false,
-       false,
-       set_frozen_core},
-      {"PUMP2", {}, "yes/no", "no", "Spin projection of UMP2.", yes_no_text, false, true, set_yes_no<&IN::pump2>},
+       "expected: integer (-1=auto, 0=correlate all, n>0=freeze n)"},
+      {"PUMP2", {}, yes_no(&IN::pump2), "no",
+       "Spin projection of UMP2.",
+       yes_no_text},
   };
 }
 
 std::vector<KEYWORD_T> geometry_rows() {
   return {
-      {"GEOM_MAXITER",
-       {"OPT_MAXITER", "OPT_MAX_ITER", "GEOM_MAX_ITER"},
-       "positive integer",
-       "50",
+      {"GEOM_MAXITER", {"OPT_MAXITER", "OPT_MAX_ITER", "GEOM_MAX_ITER"}, positive_integer(&IN::geom_maxiter), "50",
        "Largest number of optimisation steps.",
-       "expected: positive integer",
-       false,
-       false,
-       set_positive_integer<&IN::geom_maxiter>},
-      {"INITIAL_HESS",
-       {"INITIAL_HESSIAN", "INIT_HESS", "MODEL_HESS", "GUESS_HESS"},
-       "word",
-       "full",
-       "Model Hessian an optimisation starts from.",
-       "diag (lindh) | full (almloef/coupled)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<MODEL_HESSIAN>(in.initial_hess, v,
-                                      {{MODEL_HESSIAN::diag, {"DIAG", "DIAGONAL", "LINDH"}},
-                                       {MODEL_HESSIAN::full, {"FULL", "ALMLOF", "ALMLOEF", "COUPLED"}}});
-       }},
-      {"OPT_COORD",
-       {"OPT_COORDINATES", "OPT_COORDS"},
-       "word",
-       "internal",
+       "expected: positive integer"},
+      {"INITIAL_HESS", {"INITIAL_HESSIAN", "INIT_HESS", "MODEL_HESS", "GUESS_HESS"}, model_hessian(), "full",
+       "Model Hessian that an optimisation starts from.",
+       "diag (lindh) | full (almloef/coupled)"},
+      {"OPT_COORD", {"OPT_COORDINATES", "OPT_COORDS"}, opt_coord(), "internal",
        "Coordinates of the optimiser.",
-       "internal (rfo/redundant) | cart (bfgs/cartesian)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<OPT_COORD>(
-             in.opt_coord, v,
-             {{OPT_COORD::internal, {"INTERNAL", "INTERNALS", "REDUNDANT", "RFO", "INT"}},
-              {OPT_COORD::cartesian, {"CART", "CARTESIAN", "BFGS", "CART_BFGS", "CARTESIAN_BFGS", "XYZ"}}});
-       }},
-      {"GRAD_TOL",
-       {},
-       "real",
-       "4.5e-4",
+       "internal (rfo/redundant) | cart (bfgs/cartesian)"},
+      {"GRAD_TOL", {}, tolerance(&IN::grad_tol), "4.5e-4",
        "Optimiser's tolerance on the largest gradient component, hartree/bohr.",
-       "expected: real number (e.g. 4.5e-4)",
-       false,
-       false,
-       set_real<&IN::grad_tol>},
-      {"GRAD_METHOD",
-       {},
-       "word",
-       "analytical",
+       "expected: real number (e.g. 4.5e-4)"},
+      {"GRAD_METHOD", {}, grad_method(), "analytical",
        "Analytic or semi-analytic gradients.",
-       "analytical (full/1) | semianalytical (semi/fd/0)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<bool>(in.semi_analytical_gradient, v,
-                             {{false, {"ANALYTICAL", "FULL", "1"}}, {true, {"SEMIANALYTICAL", "SEMI", "FD", "0"}}});
-       }},
-      {"HESS_METHOD",
-       {},
-       "word",
-       "numerical",
+       "analytical (full/1) | semianalytical (semi/fd/0)"},
+      {"HESS_METHOD", {}, hess_method(), "numerical",
        "Analytic or numerical Hessians.",
-       "analytical (full/1) | numerical (num/fd/0)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<DERIVATIVE>(in.hess_method, v,
-                                   {{DERIVATIVE::analytical, {"ANALYTICAL", "FULL", "1"}},
-                                    {DERIVATIVE::numerical, {"NUMERICAL", "NUM", "FD", "0"}}});
-       }},
-      {"ECP_METHOD",
-       {},
-       "word",
-       "analytical",
-       "Evaluation of ECP integrals.",
-       "analytical (md/mcmurchie/1) | numerical (quadrature/num/0)",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<DERIVATIVE>(in.ecp_method, v,
-                                   {{DERIVATIVE::analytical, {"ANALYTICAL", "MD", "MCMURCHIE", "1"}},
-                                    {DERIVATIVE::numerical, {"NUMERICAL", "QUADRATURE", "NUM", "0"}}});
-       }},
-      {"READ_HESS",
-       {"READ_HESSIAN"},
-       "file name",
-       "none",
+       "analytical (full/1) | numerical (num/fd/0)"},
+      {"ECP_METHOD", {}, ecp_method(), "analytical",
+       "Evaluation of the integrals over effective core potentials.",
+       "analytical (md/mcmurchie/1) | numerical (quadrature/num/0)"},
+      {"READ_HESS", {"READ_HESSIAN"}, file_name(&IN::read_hess), "none",
        "Hessian file to start from.",
-       "<file name>",
-       true,
-       false,
-       [](IN& in, VIEW v) {
-         in.read_hess = std::string(v);
-         return true;
-       }},
-      {"TS_MODE",
-       {"TSMODE"},
-       "positive integer",
-       "lowest",
-       "Hessian mode a transition-state search follows.",
-       "expected: positive integer (1-based mode index)",
-       false,
-       false,
-       set_positive_integer<&IN::ts_mode>},
+       "<file name>"},
+      {"TS_MODE", {"TSMODE"}, positive_integer(&IN::ts_mode), "lowest",
+       "Hessian mode that a transition-state search follows, counted from 1.",
+       "expected: positive integer (1-based mode index)"},
   };
 }
 
-std::vector<KEYWORD_T> solvent_and_output_rows() {
+std::vector<KEYWORD_T> solvation_rows() {
   return {
-      {"PCM",
-       {},
-       "word",
-       "none",
+      {"PCM", {}, pcm_model_value(), "none",
        "Continuum solvation model.",
-       "cpcm, c-pcm, iefpcm, ief-pcm, pcm, cosmo, none",
-       false,
-       false,
-       set_pcm},
-      {"SOLVENT",
-       {},
-       "name",
-       "none",
-       "Solvent; none switches solvation off.",
-       "<solvent name> | none",
-       false,
-       false,
-       set_solvent},
-      {"EPS",
-       {"EPSILON", "PCM_EPS"},
-       "real >= 1",
-       "of the solvent",
-       "Relative permittivity.",
-       "expected: real >= 1.0 (vacuum is 1.0)",
-       false,
-       false,
-       set_eps},
-      {"PCM_LEBEDEV",
-       {},
-       "positive integer",
-       "110",
+       "cpcm, c-pcm, iefpcm, ief-pcm, pcm, cosmo, none"},
+      {"SOLVENT", {}, solvent_value(), "none",
+       "Solvent; `none` switches solvation off.",
+       "<solvent name> | none"},
+      {"EPS", {"EPSILON", "PCM_EPS"}, permittivity_value(), "of the solvent",
+       "Relative permittivity in place of the solvent's.",
+       "expected: real >= 1.0 (vacuum is 1.0)"},
+      {"PCM_LEBEDEV", {}, positive_integer(&IN::pcm_lebedev), "110",
        "Lebedev points of a cavity sphere.",
-       "expected: positive Lebedev order (e.g. 110)",
-       false,
-       false,
-       set_positive_integer<&IN::pcm_lebedev>},
-      {"PCM_SCALING",
-       {},
-       "positive real",
-       "1.2",
+       "expected: positive Lebedev order (e.g. 110)"},
+      {"PCM_SCALING", {}, positive_real(&IN::pcm_scaling), "1.2",
        "Scaling of the cavity radii.",
-       "expected: positive real (typical 1.0 - 1.4)",
-       false,
-       false,
-       set_positive_real<&IN::pcm_scaling>},
-      {"PCM_SWITCH",
-       {},
-       "positive real",
-       "0.2",
+       "expected: positive real (typical 1.0 - 1.4)"},
+      {"PCM_SWITCH", {}, positive_real(&IN::pcm_switch), "0.2",
        "Switching width of the cavity, bohr.",
-       "expected: positive real, bohr (typical 0.1 - 0.4)",
-       false,
-       false,
-       set_positive_real<&IN::pcm_switch>},
-      {"PCM_GRAD_METHOD",
-       {"PCM_GRADIENT_METHOD"},
-       "word",
-       "analytical",
-       "Gradient with solvation.",
-       "analytical (default) or numerical",
-       false,
-       false,
-       [](IN& in, VIEW v) {
-         return choose<DERIVATIVE>(in.pcm_grad_method, v,
-                                   {{DERIVATIVE::analytical, {"ANALYTICAL", "ANA", "AN", "TRUE", "YES", "ON"}},
-                                    {DERIVATIVE::numerical, {"NUMERICAL", "NUM", "FD", "FALSE", "NO", "OFF"}}});
-       }},
-      {"PRINT_MO",
-       {},
-       "yes/no",
-       "no",
-       "Print orbital energies and coefficients.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::print_mo>},
-      {"EXPORT_MO",
-       {"MOLDEN_MO", "EXPORT_ORBITALS"},
-       "yes/no",
-       "no",
-       "Write the orbitals to a Molden file.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::export_mo>},
-      {"PRINT_TIME",
-       {"PRINT_TIMING"},
-       "yes/no",
-       "no",
-       "Print the timing profile at the end.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::print_time>},
-      {"PRINT_GRAD",
-       {"PRINT_GRADIENT"},
-       "yes/no",
-       "no",
-       "Print the Cartesian gradient.",
-       yes_no_text,
-       false,
-       true,
-       set_yes_no<&IN::print_grad>},
+       "expected: positive real, bohr (typical 0.1 - 0.4)"},
+      {"PCM_GRAD_METHOD", {"PCM_GRADIENT_METHOD"}, pcm_grad_method(), "analytical",
+       "Gradient of the energy with solvation.",
+       "analytical (default) or numerical"},
   };
 }
+
+std::vector<KEYWORD_T> output_rows() {
+  return {
+      {"PRINT_MO", {}, yes_no(&IN::print_mo), "no",
+       "Print orbital energies and coefficients.",
+       yes_no_text},
+      {"EXPORT_MO", {"MOLDEN_MO", "EXPORT_ORBITALS"}, yes_no(&IN::export_mo), "no",
+       "Write the orbitals to a Molden file.",
+       yes_no_text},
+      {"PRINT_TIME", {"PRINT_TIMING"}, yes_no(&IN::print_time), "no",
+       "Print the timing profile at the end.",
+       yes_no_text},
+      {"PRINT_GRAD", {"PRINT_GRADIENT"}, yes_no(&IN::print_grad), "no",
+       "Print the Cartesian gradient.",
+       yes_no_text},
+  };
+}
+
+// clang-format on
 
 }  // namespace
 
 const std::vector<KEYWORD_T>& keyword_table() {
   static const std::vector<KEYWORD_T> table = [] {
     std::vector<KEYWORD_T> rows;
-    for (auto& part : {job_and_molecule_rows(), scf_rows(), geometry_rows(), solvent_and_output_rows()}) {
+    for (const auto& part : {job_and_molecule_rows(), scf_rows(), functional_and_correlation_rows(), geometry_rows(),
+                             solvation_rows(), output_rows()}) {
       rows.insert(rows.end(), part.begin(), part.end());
     }
     return rows;
@@ -687,30 +283,6 @@ const KEYWORD_T* find_keyword(std::string_view word) {
     }
   }
   return nullptr;
-}
-
-std::string keyword_manual() {
-  std::string text =
-      "# Keywords\n\n"
-      "Made from the program's keyword table by `zentrix --keywords`; do not edit by hand.\n\n"
-      "A keyword line is `%KEYWORD value`, in any case. Keywords in parentheses are full equivalents. A yes/no keyword "
-      "written\n"
-      "alone means yes.\n\n"
-      "| keyword | value | default | meaning | accepted |\n|---|---|---|---|---|\n";
-  for (const KEYWORD_T& row : keyword_table()) {
-    text += std::string("| `") + row.name + "`";
-    for (std::size_t i = 0; i < row.aliases.size(); ++i) {
-      text += std::string(i == 0 ? " (" : ", ") + "`" + row.aliases[i] + "`" + (i + 1 == row.aliases.size() ? ")" : "");
-    }
-    std::string valid;
-    for (const char* c = row.valid; *c != '\0'; ++c) {
-      if (*c == '|') valid += '\\';
-      valid += *c;
-    }
-    text += std::string(" | ") + row.value + " | " + row.standard + " | " + row.meaning + " | " +
-            (valid.empty() ? "" : "`" + valid + "`") + " |\n";
-  }
-  return text;
 }
 
 }  // namespace zentrix::INPUT_PARSER

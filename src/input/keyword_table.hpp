@@ -4,22 +4,19 @@
 #include <string_view>
 #include <vector>
 
-#include "input/input_data.hpp"
+#include "input/value_readers.hpp"
 
 // The one table of input keywords: parsing, error messages and the manual's keyword chapter all follow from it.
 
 namespace zentrix::INPUT_PARSER {
 
 struct KEYWORD_T {
-  const char* name;                                          ///< without '%', upper case
-  std::vector<const char*> aliases;                          ///< full equivalents
-  const char* value;                                         ///< kind of value, for the manual
-  const char* standard;                                      ///< default, for the manual
-  const char* meaning;                                       ///< one line for the manual
-  const char* valid;                                         ///< text after "Valid: " when a value is refused
-  bool whole_line;                                           ///< the value is the whole rest of the line, blanks included
-  bool bare_yes;                                             ///< written alone it means yes
-  bool (*set)(INPUT_DATA_T& input, std::string_view value);  ///< false: the value is not valid
+  const char* name;                  ///< without '%', upper case
+  std::vector<const char*> aliases;  ///< full equivalents
+  VALUE_READER_T value;              ///< kind of value and the field it fills
+  const char* standard;              ///< default, for the manual
+  const char* meaning;               ///< one line for the manual
+  const char* valid;                 ///< text after "Valid: " when a value is refused
 };
 
 const std::vector<KEYWORD_T>& keyword_table();

@@ -1,6 +1,7 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "constants/limits.hpp"
@@ -10,8 +11,8 @@
 namespace zentrix::INPUT_PARSER {
 namespace {
 
-/// More points on one variable are a typing slip, not a scan.
-constexpr double largest_point_count = 1e6;
+/// A grid of more points is a typing slip, not a scan.
+constexpr int largest_point_count = 1000000;
 
 int print_malformed_scan(const std::string& line, std::ostream& report) {
   fmt::print(report, " *** ERROR: malformed %scan line:\n              {}\n", line);
@@ -63,7 +64,7 @@ bool parse_scan_line(const std::string& line, SCAN_VARIABLE_T& variable, std::os
   variable.from = values[0];
   variable.to = values[1];
   if (!set_points(variable, values[2])) return false;
-  if (next < fields.size()) warn_trailing_text(std::string(fields[next].data()), report);
+  warn_unused_fields(fields, next, report);
   return true;
 }
 
@@ -83,7 +84,7 @@ bool parse_constraint_line(const std::string& line, CONSTRAINT_T& constraint, st
   }
   if (fields.size() > wanted + 1) {
     if (read_integer(fields[wanted + 1])) return false;  // one atom too many for the kind
-    warn_trailing_text(std::string(fields[wanted + 1].data()), report);
+    warn_unused_fields(fields, wanted + 1, report);
   }
   return true;
 }
@@ -92,6 +93,30 @@ bool parse_constraint_line(const std::string& line, CONSTRAINT_T& constraint, st
 bool same_coordinate(const CONSTRAINT_T& a, const CONSTRAINT_T& b) {
   if (a.kind != b.kind) return false;
   return a.atoms == b.atoms || std::equal(a.atoms.begin(), a.atoms.end(), b.atoms.rbegin(), b.atoms.rend());
+}
+
+int check_scan_row(const SCAN_VARIABLE_T& variable, int n_rows, std::ostream& report) {
+  if (variable.row < 1 || variable.row > n_rows) {
+    fmt::print(report, " *** ERROR: %scan: row {} is out of range (z-matrix has {} atoms).\n", variable.row, n_rows);
+    return 1;
+  }
+  if (variable.kind == 'R' && variable.row < 2) {
+    fmt::print(report, " *** ERROR: %scan: bond R can only be swept on row >= 2 (got row {}).\n", variable.row);
+    return 1;
+  }
+  if (variable.kind == 'A' && variable.row < 3) {
+    fmt::print(report, " *** ERROR: %scan: angle A can only be swept on row >= 3 (got row {}).\n", variable.row);
+    return 1;
+  }
+  if (variable.kind == 'D' && variable.row < 4) {
+    fmt::print(report, " *** ERROR: %scan: dihedral D can only be swept on row >= 4 (got row {}).\n", variable.row);
+    return 1;
+  }
+  if (variable.kind == 'R' && std::min(variable.from, variable.to) <= 0.0) {
+    fmt::print(report, " *** ERROR: %scan: bond lengths of R {} must be positive.\n", variable.row);
+    return 1;
+  }
+  return 0;
 }
 
 }  // namespace
@@ -110,30 +135,20 @@ int parse_scan_block(const std::vector<std::string>& lines, std::vector<SCAN_VAR
 }
 
 int check_scan(const INPUT_DATA_T& input, std::ostream& report) {
-  const int n_rows = static_cast<int>(input.zmatrix.size());
+  long long total = 1;
   for (std::size_t n = 0; n < input.scan.size(); ++n) {
     const SCAN_VARIABLE_T& variable = input.scan[n];
-    if (variable.row < 1 || variable.row > n_rows) {
-      fmt::print(report, " *** ERROR: %scan: row {} is out of range (z-matrix has {} atoms).\n", variable.row, n_rows);
-      return 1;
-    }
-    if (variable.kind == 'R' && variable.row < 2) {
-      fmt::print(report, " *** ERROR: %scan: bond R can only be swept on row >= 2 (got row {}).\n", variable.row);
-      return 1;
-    }
-    if (variable.kind == 'A' && variable.row < 3) {
-      fmt::print(report, " *** ERROR: %scan: angle A can only be swept on row >= 3 (got row {}).\n", variable.row);
-      return 1;
-    }
-    if (variable.kind == 'D' && variable.row < 4) {
-      fmt::print(report, " *** ERROR: %scan: dihedral D can only be swept on row >= 4 (got row {}).\n", variable.row);
-      return 1;
-    }
+    if (const int error = check_scan_row(variable, static_cast<int>(input.zmatrix.size()), report); error != 0) return error;
     for (std::size_t m = 0; m < n; ++m) {
       if (input.scan[m].kind == variable.kind && input.scan[m].row == variable.row) {
         fmt::print(report, " *** ERROR: %scan: duplicate sweep variable {} {}\n", variable.kind, variable.row);
         return 1;
       }
+    }
+    total *= variable.points;  // every factor is at most the limit, so nothing overflows before the next line
+    if (total > largest_point_count) {
+      fmt::print(report, " *** ERROR: %scan: the grid has more than {} points.\n", largest_point_count);
+      return 1;
     }
   }
   return 0;

@@ -72,7 +72,7 @@ int parse_row(const std::string& line, std::vector<ZMATRIX_ROW_T>& rows, std::os
   std::array<double*, 3> values = {&row.bond, &row.angle, &row.dihedral};
   for (std::size_t k = 0; k < pairs; ++k) {
     const auto value = read_real(fields[2 * k + 2]);
-    if (!value || std::abs(*value) > 1e6 || (k == 0 && *value <= 0.0)) return print_bad_row(number, line, report);
+    if (!value || std::abs(*value) > 1e6 || (k == 0 && *value < 0.0)) return print_bad_row(number, line, report);
     *values[k] = *value;
   }
   for (std::size_t k = 0; k < pairs; ++k) {
@@ -87,7 +87,7 @@ int parse_row(const std::string& line, std::vector<ZMATRIX_ROW_T>& rows, std::os
     fmt::print(report, " *** ERROR: %gz line {}: dihedral partner duplicates earlier ref.\n", number);
     return 1;
   }
-  if (fields.size() > 1 + 2 * pairs) warn_trailing_text(std::string(fields[1 + 2 * pairs].data()), report);
+  warn_unused_fields(fields, 1 + 2 * pairs, report);
   rows.push_back(row);
   return 0;
 }

@@ -1,0 +1,91 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "parsing.hpp"
+
+// Lines, comments and blocks: what surrounds the values.
+
+namespace zentrix {
+namespace {
+
+using namespace INPUT_PARSER;
+using testing::HasSubstr;
+using TESTS::helium;
+using TESTS::parse;
+using TESTS::peroxide;
+
+TEST(InputFile, LineEndsBlanksAndCommentsDoNotMatter) {
+  const char* same[] = {
+      "%charge 1\n%geo\nH 0 0 0\nHe 0 0 1\n*end\n",
+      "%charge 1\r\n%geo\r\nH 0 0 0\r\nHe 0 0 1\r\n*end",
+      "\xEF\xBB\xBF%charge 1\n*geom\n\tH\t0\t0\t0\t\n  He 0 0 1\n*End\n",
+      "# title %job\n! note\n%charge 1 # cation\n%geometry ! bohr\nH 0 0 0 ! first\n#H 0 0 9\n\nHe 0 0 1\n *END of it\n",
+      "%GEO angstrom\nh 0 0 0\nhe 0 0 1\n*end\n%CHARGE 1",
+  };
+  for (const char* text : same) {
+    const auto result = parse(text);
+    EXPECT_EQ(result.report, "") << text;
+    ASSERT_EQ(result.input.atoms.size(), 2u) << text;
+    EXPECT_EQ(result.input.charge, 1);
+    EXPECT_FALSE(result.input.bohr_units);
+    EXPECT_DOUBLE_EQ(result.input.atoms[1].position[2], 1.8897261246257702);
+  }
+}
+
+TEST(InputFile, TextThatIsNotUsedIsQuoted) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"%charge 1 2\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: text after the value is ignored: 2\n"},
+      {"%geo\nHe 0 0 0 0.5 q\n*end\n", "   *** WARNING: text after the value is ignored: 0.5 q\n"},
+      {"%geo bhor\nHe 0 0 0\n*end\n", "   *** WARNING: text after the value is ignored: bhor\n"},
+      {"%gz\nHe 1\n*end\n", "   *** WARNING: text after the value is ignored: 1\n"},
+      {"method b3lyp\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: line outside any block is ignored: method b3lyp\n"},
+      {"%geo\nHe 0 0 0\n*end\n%scan\nR 2 1 2 0.1\n*end\n", "   *** WARNING: the %scan block is not used by this job.\n"},
+  };
+  for (const auto& [text, warning] : cases) {
+    const auto result = parse(text);
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(result.report, warning);
+  }
+}
+
+TEST(InputFile, LinesUpToTheBufferAreWholeAndLongerOnesAreRefused) {
+  const std::string longest = "%read_hess " + std::string(512 - 11, 'x');
+  EXPECT_EQ(parse(longest + "\r\n" + helium).input.read_hess.size(), 501u);
+  const auto result = parse(longest + "x\n" + helium);
+  EXPECT_EQ(result.error, 1);
+  EXPECT_EQ(result.report, " *** ERROR: input line is longer than 512 characters; it begins:\n              %read_hess " +
+                               std::string(49, 'x') + "\n            Run aborted.\n");
+}
+
+TEST(InputFile, BlocksThatStayOpenOrComeTwice) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"%scan\nR 2 1 2 0.1\n%method hf\n", " *** ERROR: %-keyword inside an open %scan block (missing *end?): %method hf\n"},
+      {"%constrain\n%job opt\n", " *** ERROR: %-keyword inside an open %constrain block (missing *end?): %job opt\n"},
+      {"%geo\nHe 0 0 0\n%job opt\n", " *** ERROR: %-keyword inside an open %geo block (missing *end?): %job opt\n"},
+      {"%gz\nHe\n%end\n", " *** ERROR: %-keyword inside an open %gz block (missing *end?): %end\n"},
+      {"%geo\nHe 0 0 0\n", " *** ERROR: %geo block is not closed (missing *end).\n"},
+      {helium + "%scan\n", " *** ERROR: %scan block is not closed (missing *end).\n"},
+      {helium + helium, " *** ERROR: more than one geometry block (%geo or %gz) in the input file.\n"},
+      {peroxide + helium, " *** ERROR: more than one geometry block (%geo or %gz) in the input file.\n"},
+      {"", " *** ERROR: No atoms found in input file.\n"},
+      {"%geo\n*end\n", " *** ERROR: No atoms found in input file.\n"},
+  };
+  for (const auto& [text, message] : cases) {
+    const auto result = parse(text);
+    EXPECT_EQ(result.error, 1);
+    EXPECT_EQ(result.report, message + std::string("            Run aborted.\n")) << text;
+    EXPECT_TRUE(result.input.atoms.empty());
+  }
+}
+
+TEST(InputFile, FilesThatCannotBeRead) {
+  for (const char* name : {"/nonexistent/Water.inp", "/tmp"}) {
+    INPUT_DATA_T input;
+    std::ostringstream report;
+    EXPECT_EQ(parse_input(name, input, report), 1);
+    EXPECT_EQ(report.str(), " *** ERROR: Cannot open input file: " + std::string(name) + "\n            Run aborted.\n");
+  }
+}
+
+}  // namespace
+}  // namespace zentrix

@@ -1,0 +1,178 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <set>
+
+#include "input/keyword_table.hpp"
+#include "parsing.hpp"
+
+namespace zentrix {
+namespace {
+
+using namespace INPUT_PARSER;
+using testing::HasSubstr;
+using TESTS::helium;
+using TESTS::parse;
+
+/// A keyword line must leave the record as the check says.
+struct VALUE_CASE_T {
+  const char* lines;
+  bool (*holds)(const INPUT_DATA_T& input);
+};
+
+TEST(Keywords, FillTheirFields) {
+  using IN = INPUT_DATA_T;
+  const VALUE_CASE_T cases[] = {
+      {"", [](const IN& in) { return in.method == "HF" && in.basis == "STO-3G" && in.grid == "6" && in.frozen_core == -1; }},
+      {"", [](const IN& in) { return in.scf_maxiter == 150 && in.scf_etol == 1e-8 && in.scf_ptol == 1e-6; }},
+      {"",
+       [](const IN& in) { return in.scf_gtol == 1e-5 && in.scf_diis_cond_max == 1e10 && in.eri_memory_limit_mb == 4096; }},
+      {"%METHOD ump2", [](const IN& in) { return in.method == "UMP2"; }},
+      {"%method b3lyp\n%method hf", [](const IN& in) { return in.method == "HF"; }},
+      {"%disp d3(bj)", [](const IN& in) { return in.dispersion == "D3(BJ)"; }},
+      {"%charge +2\n%multiplicity 3", [](const IN& in) { return in.charge == 2 && in.multiplicity == 3; }},
+      {"%job cp\n%job hessian", [](const IN& in) { return in.job == JOB::freq; }},
+      {"%job Opt_TS+Freq", [](const IN& in) { return in.job == JOB::ts_freq; }},
+      {"%spin uks", [](const IN& in) { return in.unrestricted; }},
+      {"%spherical\n%pump2", [](const IN& in) { return in.spherical && in.pump2; }},
+      {"%spherical\n%spherical F", [](const IN& in) { return !in.spherical; }},
+      {"%boys_precise on\n%molden_mo T", [](const IN& in) { return in.boys_precise && in.export_mo; }},
+      {"%scf_gtol 1e-6", [](const IN& in) { return in.scf_gtol == 1e-6; }},
+      {"%scf_diis_etol 1D-7", [](const IN& in) { return in.scf_gtol == 1e-7; }},
+      {"%geom_maxiter 80", [](const IN& in) { return in.geom_maxiter == 80; }},
+      {"%Opt_Max_Iter\t81\t", [](const IN& in) { return in.geom_maxiter == 81; }},
+      {"%level_shift none", [](const IN& in) { return in.level_shift_mode == LEVEL_SHIFT::off; }},
+      {"%level_shift 0.3", [](const IN& in) { return in.level_shift_mode == LEVEL_SHIFT::fixed && in.level_shift == 0.3; }},
+      {"%level_shift 0.3\n%level_shift auto",
+       [](const IN& in) { return in.level_shift_mode == LEVEL_SHIFT::automatic && in.level_shift == 0.0; }},
+      {"%converger off", [](const IN& in) { return in.scf_converger == "NONE"; }},
+      {"%grid gfine", [](const IN& in) { return in.grid == "FINE"; }},
+      {"%grid_quality 10", [](const IN& in) { return in.grid == "10"; }},
+      {"%grad_method 0", [](const IN& in) { return in.semi_analytical_gradient; }},
+      {"%read_hess My Water.hess  # old", [](const IN& in) { return in.read_hess == "My Water.hess"; }},
+      {"%solvent Water", [](const IN& in) { return in.solvent_given && in.solvent == "Water"; }},
+      {"%pcm ief-pcm", [](const IN& in) { return in.pcm_given && in.pcm_model == PCM_MODEL::iefpcm; }},
+      {"%pcm cosmo\n%pcm none", [](const IN& in) { return !in.pcm_given; }},
+      {"%epsilon 4.7", [](const IN& in) { return in.eps_given && in.eps == 4.7; }},
+      {"%eps 4.7\n%pcm cpcm\n%solvent none",
+       [](const IN& in) { return !in.eps_given && !in.pcm_given && !in.solvent_given; }},
+  };
+  for (const auto& c : cases) {
+    const auto result = parse(std::string(c.lines) + "\n" + helium);
+    EXPECT_EQ(result.error, 0) << c.lines << "\n" << result.report;
+    EXPECT_TRUE(c.holds(result.input)) << c.lines;
+  }
+}
+
+TEST(Keywords, BasisAndEcpNamesPerElement) {
+  using IN = INPUT_DATA_T;
+  const VALUE_CASE_T cases[] = {
+      {"%basis 6-311++G(2d, 2p)", [](const IN& in) { return in.basis == "6-311++G(2d, 2p)" && in.element_basis.empty(); }},
+      {"%basis MIDI! ! comment", [](const IN& in) { return in.basis == "MIDI!"; }},
+      {"%basis cc-pVDZ\n%basis br = LANL2DZ",
+       [](const IN& in) {
+         return in.basis == "mixed" && basis_name_of(in, 35) == "LANL2DZ" && basis_name_of(in, 1) == "cc-pVDZ";
+       }},
+      {"%basis H=STO-3G\n%basis cc-pVDZ\n%basis H=6-31G",
+       [](const IN& in) {
+         return in.basis == "mixed" && basis_name_of(in, 1) == "6-31G" && basis_name_of(in, 6) == "cc-pVDZ";
+       }},
+      {"%ecp NONE", [](const IN& in) { return in.ecp == "none" && in.default_ecp == "none"; }},
+      {"%ecp I=SDD",
+       [](const IN& in) { return in.ecp == "mixed" && in.element_ecp.at(53) == "SDD" && in.default_ecp.empty(); }},
+  };
+  for (const auto& c : cases) {
+    const auto result = parse(std::string(c.lines) + "\n" + helium);
+    EXPECT_TRUE(result.error == 0 && c.holds(result.input)) << c.lines << "\n" << result.report;
+  }
+}
+
+TEST(Keywords, RefusedValuesQuoteTheLineAndWhatIsAccepted) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"%job dance", "energy | gradient | opt | freq | opt+freq | bsse | scan | scanopt | ts | ts+freq"},
+      {"%charge 1.5", "expected: integer (e.g. 0, +1, -1)"},
+      {"%charge 99999999999", "expected: integer (e.g. 0, +1, -1)"},
+      {"%charge -2147483648", "expected: integer (e.g. 0, +1, -1)"},
+      {"%charge +-1", "expected: integer (e.g. 0, +1, -1)"},
+      {"%mult 0", "expected: positive integer (1=singlet, 2=doublet, 3=triplet, ...)"},
+      {"%spin both", "restricted (RHF/RKS/R) | unrestricted (UHF/UKS/U)"},
+      {"%scf_maxiter 10x", "expected: positive integer (e.g. 128)"},
+      {"%scf_etol nan", "expected: real number (e.g. 1e-8)"},
+      {"%scf_etol -1e-8", "expected: real number (e.g. 1e-8)"},
+      {"%scf_ptol inf", "expected: real number (e.g. 1e-6)"},
+      {"%scf_ptol 1e-6x", "expected: real number (e.g. 1e-6)"},
+      {"%scf_gtol 1e999", "expected: positive real (e.g. 1e-5)"},
+      {"%level_shift some", "expected: AUTO, OFF, or real number"},
+      {"%damping 1", "expected: real number (e.g. 0.5)"},
+      {"%scf_diis_cond_max 1", "expected: real > 1 (e.g. 1e10)"},
+      {"%eri_mem_limit 0", "expected: positive integer in MB (e.g. 4096)"},
+      {"%occupation fermi", "expected: AUTO, STRICT, MOM, or MIX"},
+      {"%guess huckel", "expected: AUTO, SAD, or CORE"},
+      {"%initial_hess unit", "diag (lindh) | full (almloef/coupled)"},
+      {"%opt_coord z", "internal (rfo/redundant) | cart (bfgs/cartesian)"},
+      {"%grid 11", "fine | ultrafine | tm | g09 | orca7 | <integer 1..10>"},
+      {"%pump2 maybe", "yes (on/true/1/T) | no (off/false/0/F) | <bare keyword for yes>"},
+      {"%frozen_core -2", "expected: integer (-1=auto, 0=correlate all, n>0=freeze n)"},
+      {"%eps 0.99", "expected: real >= 1.0 (vacuum is 1.0)"},
+      {"%pcm smd", "cpcm, c-pcm, iefpcm, ief-pcm, pcm, cosmo, none"},
+      {"%xc_deriv x", "analytical (anal/exact) | numerical (num/fd)"},
+      {"%basis Zz=STO-3G", "<basis name> | <element>=<basis name>"},
+      {"%basis H=", "<basis name> | <element>=<basis name>"},
+  };
+  for (const auto& [line, valid] : cases) {
+    const std::string keyword = std::string(line).substr(1, std::string(line).find(' ') - 1);
+    const auto result = parse("\n  " + std::string(line) + "   ! why\n" + helium);
+    EXPECT_EQ(result.error, 1);
+    EXPECT_EQ(result.report,
+              " *** ERROR: Invalid value for %" + keyword +
+                  "\n            (please check spelling).\n            Offending input line:\n              " + line +
+                  "   ! why\n            Valid: " + valid + "\n            Run aborted.\n");
+  }
+}
+
+TEST(Keywords, MissingValuesAndUnknownKeywords) {
+  EXPECT_EQ(parse("%Charge\n" + helium).report,
+            " *** ERROR: Missing or empty value for %Charge\n            (please check spelling).\n"
+            "            Offending input line:\n              %Charge\n"
+            "            Valid: expected: integer (e.g. 0, +1, -1)\n            Run aborted.\n");
+  for (const char* word : {"methd", "geom_steps", "scan_points", "constrain_bonds", "basis=STO-3G"}) {
+    const std::string line = "%" + std::string(word) + " hf";
+    EXPECT_EQ(parse(line + "\n%another fault\n").report,
+              " *** ERROR: Unknown input keyword: %" + std::string(word) +
+                  " (please check spelling).\n            Offending input line:\n              " + line +
+                  "\n            Run aborted.\n");
+  }
+}
+
+TEST(Keywords, EveryNameIsUniqueAndEveryWordIsAccepted) {
+  std::set<std::string> names;
+  for (const KEYWORD_T& row : keyword_table()) {
+    EXPECT_TRUE(names.insert(row.name).second) << row.name;
+    for (const char* alias : row.aliases) {
+      EXPECT_TRUE(names.insert(alias).second) << alias;
+      EXPECT_EQ(find_keyword(alias), &row);
+    }
+    EXPECT_STRNE(row.valid, "") << row.name;
+    for (const WORD_GROUP_T& group : row.value.words) {
+      for (const std::string& word : group) {
+        INPUT_DATA_T input;
+        EXPECT_TRUE(row.value.set(input, word)) << row.name << " " << word;
+      }
+    }
+  }
+}
+
+/// ZENTRIX_UPDATE_DOCS=1 rewrites the chapter instead of comparing it.
+TEST(Keywords, ManualChapterFollowsTheTable) {
+  const std::string path = ZENTRIX_SOURCE_DIR "/docs/keywords.md";
+  if (std::getenv("ZENTRIX_UPDATE_DOCS") != nullptr) std::ofstream(path) << keyword_manual();
+  std::ifstream file(path);
+  std::ostringstream text;
+  text << file.rdbuf();
+  EXPECT_EQ(text.str(), keyword_manual()) << "run ZENTRIX_UPDATE_DOCS=1 build/tests/test_input to rewrite it";
+}
+
+}  // namespace
+}  // namespace zentrix

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+
+#include "input/input_parser.hpp"
+
+namespace zentrix::TESTS {
+
+/// What the parser made of a text.
+struct PARSED_T {
+  int error = 0;
+  INPUT_PARSER::INPUT_DATA_T input;
+  std::string report;
+};
+
+inline PARSED_T parse(const std::string& text) {
+  PARSED_T result;
+  std::istringstream file(text);
+  std::ostringstream report;
+  result.error = INPUT_PARSER::parse_input_stream(file, result.input, report);
+  result.report = report.str();
+  return result;
+}
+
+/// A complete geometry, for inputs whose interest lies elsewhere.
+inline const std::string helium = "%geo\nHe 0 0 0\n*end\n";
+inline const std::string peroxide = "%gz\nH\nO 1 0.95\nO 2 1.45 1 102\nH 3 0.95 2 102 1 116\n*end\n";
+
+inline std::string summary(const INPUT_PARSER::INPUT_DATA_T& input) {
+  std::ostringstream report;
+  INPUT_PARSER::print_job_summary(input, report);
+  return report.str();
+}
+
+}  // namespace zentrix::TESTS

@@ -1,0 +1,124 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "parsing.hpp"
+
+namespace zentrix {
+namespace {
+
+using namespace INPUT_PARSER;
+using testing::HasSubstr;
+using TESTS::parse;
+using TESTS::peroxide;
+
+constexpr const char* aborted = "            Run aborted.\n";
+
+std::string scan_input(const std::string& lines) { return "%job scan\n" + peroxide + "%scan\n" + lines + "*end\n"; }
+
+std::string constrained_input(const std::string& lines) {
+  return "%job opt\n" + peroxide + "%constrain\n" + lines + "*end\n";
+}
+
+TEST(Scan, LinesInAllTheirForms) {
+  struct {
+    const char* line;
+    char kind;
+    double from, to, step;
+    int points;
+  } const cases[] = {
+      {"R 2 1.0 2.0 0.1", 'R', 1.0, 2.0, 0.1, 11},
+      {"r 2 from 1.0 to 2.0 step 0.1", 'R', 1.0, 2.0, 0.1, 11},
+      {"R 2 From 1.0 2.0 STEP 0.1", 'R', 1.0, 2.0, 0.1, 11},
+      {"D 4 0 100 30", 'D', 0.0, 100.0, 100.0 / 3, 4},  // the nearest whole number of steps, both ends kept
+      {"A 3 120 90 10", 'A', 120.0, 90.0, -10.0, 4},    // the sign of the step follows the direction
+      {"A 3 90 120 -10", 'A', 90.0, 120.0, 10.0, 4},
+      {"A 3 90 91 50", 'A', 90.0, 91.0, 1.0, 2},
+      {"A 3 90 90 0", 'A', 90.0, 90.0, 0.0, 1},
+  };
+  for (const auto& c : cases) {
+    const auto result = parse(scan_input(c.line + std::string("\n")));
+    ASSERT_EQ(result.error, 0) << c.line << "\n" << result.report;
+    const SCAN_VARIABLE_T& v = result.input.scan.at(0);
+    EXPECT_EQ(v.kind, c.kind) << c.line;
+    EXPECT_EQ(v.from, c.from) << c.line;
+    EXPECT_EQ(v.to, c.to) << c.line;
+    EXPECT_NEAR(v.step, c.step, 1e-14) << c.line;
+    EXPECT_EQ(v.points, c.points) << c.line;
+  }
+}
+
+TEST(Scan, MalformedLines) {
+  for (const char* line : {"R 2 1.0 2.0", "B 2 1 2 0.1", "R x 1 2 0.1", "R 2 1 2 0", "R 2 1 2 nan", "R 2 1 2 1e-9",
+                           "RR 2 1 2 0.1", "R 2 to 1 from 2 0.1", "R 2 -1e308 1e308 1", "R"}) {
+    EXPECT_EQ(parse(scan_input(line + std::string("\n"))).report,
+              " *** ERROR: malformed %scan line:\n              " + std::string(line) +
+                  "\n            Expected: <kind> <row> [from] <val_from> [to] <val_to> [step] <val_step>\n"
+                  "              <kind>  = R | A | D\n              <row>   = z-matrix row index (1-based)\n" +
+                  aborted);
+  }
+}
+
+TEST(Scan, ChecksAgainstTheZmatrix) {
+  const std::string fine = "R 2 1 2 0.001\nR 3 1 2 0.001\n";
+  const std::pair<std::string, const char*> cases[] = {
+      {"R 5 1 2 0.1\n", " *** ERROR: %scan: row 5 is out of range (z-matrix has 4 atoms).\n"},
+      {"R 0 1 2 0.1\n", " *** ERROR: %scan: row 0 is out of range (z-matrix has 4 atoms).\n"},
+      {"R 1 1 2 0.1\n", " *** ERROR: %scan: bond R can only be swept on row >= 2 (got row 1).\n"},
+      {"A 2 90 120 5\n", " *** ERROR: %scan: angle A can only be swept on row >= 3 (got row 2).\n"},
+      {"D 3 0 90 5\n", " *** ERROR: %scan: dihedral D can only be swept on row >= 4 (got row 3).\n"},
+      {"R 2 1 2 0.1\nr 2 2 3 0.1\n", " *** ERROR: %scan: duplicate sweep variable R 2\n"},
+      {"R 2 0 2 0.1\n", " *** ERROR: %scan: bond lengths of R 2 must be positive.\n"},
+      {fine, " *** ERROR: %scan: the grid has more than 1000000 points.\n"},
+      {"R 2 1 2 .1\nR 3 1 2 .1\nR 4 1 2 .1\nA 3 90 99 1\nA 4 90 99 1\n",
+       " *** ERROR: %scan block has more than 4 sweep variables.\n"},
+      {"",
+       " *** ERROR: %job scan / scanopt requires a \"%scan ... *end\" block\n"
+       "            with at least one sweep variable.\n"},
+  };
+  for (const auto& [lines, message] : cases)
+    EXPECT_EQ(parse(scan_input(lines)).report, message + std::string(aborted)) << lines;
+  EXPECT_EQ(parse("%job relaxed_scan\n" + TESTS::helium + "%scan\nR 2 1 2 0.1\n*end\n").report,
+            std::string(" *** ERROR: %job scan / scanopt requires a %gz (Z-matrix) geometry block.\n"
+                        "            The scan sweeps z-matrix coordinates, so\n            a connectivity is required.\n") +
+                aborted);
+}
+
+TEST(Constraints, AreReadInEitherCaseAndKeepTheirOrder) {
+  const auto result = parse(constrained_input("b 2 1\nA 1 2 3\nD 4 3 2 1 # torsion\n"));
+  ASSERT_EQ(result.error, 0) << result.report;
+  ASSERT_EQ(result.input.constraints.size(), 3u);
+  EXPECT_EQ(result.input.constraints[0].kind, 'B');
+  EXPECT_THAT(result.input.constraints[2].atoms, testing::ElementsAre(4, 3, 2, 1));
+}
+
+TEST(Constraints, FaultyLinesAndEntries) {
+  for (const char* line : {"B 1", "A 1 2", "D 1 2 3", "B 1 2 3", "B 1 x", "BB 1 2", "B 1 2.0"}) {
+    EXPECT_EQ(parse(constrained_input(line + std::string("\n"))).report,
+              " *** ERROR: malformed %constrain line:\n              " + std::string(line) +
+                  "\n            Expected: <kind> <i> <j> [<k> [<l>]]\n              <kind> = B (bond, 2 atoms)\n"
+                  "                     | A (angle, 3 atoms)\n                     | D (dihedral, 4 atoms)\n" +
+                  aborted);
+  }
+  std::string many;
+  for (int i = 0; i < 33; ++i) many += "B 1 2\n";
+  const std::pair<std::string, const char*> cases[] = {
+      {many, " *** ERROR: %constrain block has more than 32 entries.\n"},
+      {"R 1 2\n", " *** ERROR: %constrain: unknown kind 'R'.\n"},
+      {"B 1 5\n", " *** ERROR: %constrain: atom index 5 is out of range (natom = 4).\n"},
+      {"A 0 1 2\n", " *** ERROR: %constrain: atom index 0 is out of range (natom = 4).\n"},
+      {"B 1 2\nA 1 2 1\n", " *** ERROR: %constrain: entry 2 names atom 1 twice.\n"},
+      {"B 1 2\nB 1 2\n", " *** ERROR: %constrain: entries 1 and 2 refer to the same coordinate.\n"},
+      {"A 1 2 3\nB 1 2\nB 2 1\n", " *** ERROR: %constrain: entries 2 and 3 refer to the same coordinate.\n"},
+      {"D 1 2 3 4\nD 4 3 2 1\n", " *** ERROR: %constrain: entries 1 and 2 refer to the same coordinate.\n"},
+  };
+  for (const auto& [lines, message] : cases) {
+    EXPECT_EQ(parse(constrained_input(lines)).report, message + std::string(aborted)) << lines;
+  }
+  // Another bond order of the same atoms is another coordinate.
+  EXPECT_EQ(parse(constrained_input("A 1 2 3\nA 2 1 3\nD 1 2 3 4\nD 1 3 2 4\n")).error, 0);
+  EXPECT_EQ(parse("%job ts\n" + peroxide + "%constrain\n*end\n").report,
+            std::string(" *** ERROR: %constrain block requires %job opt or %job opt+freq.\n") + aborted);
+}
+
+}  // namespace
+}  // namespace zentrix
