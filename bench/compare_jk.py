@@ -1,0 +1,157 @@
+#!/usr/bin/env python3
+"""One J+K build of this engine next to PySCF's: same molecule, basis, density, threshold and threads, in one run.
+
+usage: compare_jk.py BUILD_FOLDER [--case NAME ...] [--threads N] [--repeat N]
+
+PySCF (from the Python registry) makes the molecule and a density, which go to the program BUILD_FOLDER/bench/jk_from_file
+in a plain file. Both sides then build J and K directly, with pair data and Schwarz bounds made beforehand. Printed: medians,
+the ratio, and the largest difference of the two results.
+"""
+import argparse
+import math
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+CAFFEINE = """
+O 0.4700 2.5688 0.0006; O -3.1271 -0.4436 -0.0003; N -0.9686 -1.3125 0.0000; N 2.2182 0.1412 -0.0003
+N -1.3477 1.0797 -0.0001; N 1.4119 -1.9372 0.0002; C 0.8579 0.2592 -0.0008; C 0.3897 -1.0264 -0.0004
+C 0.0307 1.4220 -0.0006; C -1.9061 -0.2495 -0.0004; C 2.5032 -1.1998 0.0003; C -1.4276 -2.6960 0.0008
+C 3.1926 1.2061 0.0003; C -2.2969 2.1881 0.0007; H 3.5163 -1.5787 0.0008; H -1.0451 -3.1973 -0.8937
+H -2.5186 -2.7596 0.0011; H -1.0447 -3.1963 0.8957; H 4.1992 0.7801 0.0002; H 3.0468 1.8092 -0.8992
+H 3.0466 1.8083 0.9004; H -1.8087 3.1651 -0.0003; H -2.9322 2.1027 0.8881; H -2.9346 2.1021 -0.8849
+"""
+
+
+def alkane(n):
+    lines = []
+    for i in range(n):
+        x, y = 1.2574 * i, 0.42 * (1 if i % 2 else -1)
+        up = 1 if i % 2 else -1
+        lines.append(("C", x, y, 0.0))
+        lines.append(("H", x, y + 0.63 * up, 0.89))
+        lines.append(("H", x, y + 0.63 * up, -0.89))
+        if i == 0:
+            lines.append(("H", x - 0.89, y + 0.63, 0.0))
+        if i == n - 1:
+            lines.append(("H", x + 0.89, y - 0.63 * up, 0.0))
+    return "\n".join("%s %.6f %.6f %.6f" % line for line in lines)
+
+
+def waters(n):
+    lines = []
+    for i in range(n):
+        x, y, z = 2.9 * (i % 3), 2.9 * (i // 3 % 3), 2.9 * (i // 9)
+        a = 0.7 * i
+        for symbol, r, t in (("O", 0.0, 0.0), ("H", 0.9572, 0.0), ("H", 0.9572, math.radians(104.52))):
+            lines.append((symbol, x + r * math.cos(t + a), y + r * math.sin(t + a) * math.cos(a), z + r * math.sin(t + a) * math.sin(a)))
+    return "\n".join("%s %.6f %.6f %.6f" % line for line in lines)
+
+
+CASES = {
+    "caffeine-631gs": (CAFFEINE, "6-31g*", True),
+    "c20h42-631gss": (alkane(20), "6-31g**", True),
+    "water20-631gss": (waters(20), "6-31g**", True),
+    "caffeine-tz": (CAFFEINE, "cc-pvtz", True),
+    "caffeine-tz-spherical": (CAFFEINE, "cc-pvtz", False),
+    "caffeine-svp": (CAFFEINE, "def2-svp", False),
+}
+
+
+def shells(mol):
+    """Shells in the convention of SHELL_T: coefficients of bare primitives, x^l with self-overlap 1."""
+    for b in range(mol.nbas):
+        l, alpha, contractions = mol.bas_angular(b), mol.bas_exp(b), mol.bas_ctr_coeff(b)
+        odd = math.prod(range(1, 2 * l, 2))
+
+        def overlap(p):
+            return (math.pi / p) ** 1.5 * odd / (2 * p) ** l
+
+        for column in contractions.T:
+            terms = [(a, c / math.sqrt(overlap(2 * a))) for a, c in zip(alpha, column) if c != 0.0]
+            self_overlap = sum(x * y * overlap(a + b) for a, x in terms for b, y in terms)
+            yield mol.bas_atom(b), l, [(a, c / math.sqrt(self_overlap)) for a, c in terms]
+
+
+def write_case(path, mol, density):
+    with open(path, "w") as out:
+        print(mol.natm, file=out)
+        for a in range(mol.natm):
+            print(*("%.17g" % x for x in mol.atom_coord(a)), file=out)
+        table = list(shells(mol))
+        print(len(table), 0 if mol.cart else 1, file=out)
+        for atom, l, terms in table:
+            print(atom, l, len(terms), *("%.17g %.17g" % term for term in terms), file=out)
+    density.tofile(path + ".density")
+
+
+def spherical_order(mol, numpy):
+    """Positions of PySCF's functions in the order m = -l .. l (p functions are x, y, z there)."""
+    order = []
+    for b in range(mol.nbas):
+        l = mol.bas_angular(b)
+        for _ in range(mol.bas_nctr(b)):
+            at = len(order)
+            order += [at + 1, at + 2, at] if l == 1 and not mol.cart else range(at, at + (len_of(l, mol.cart)))
+    return numpy.array(order)
+
+
+def len_of(l, cart):
+    return (l + 1) * (l + 2) // 2 if cart else 2 * l + 1
+
+
+def run_case(name, arguments):
+    import numpy
+    from pyscf import gto, lib, scf
+
+    geometry, basis, cart = CASES[name]
+    lib.num_threads(arguments.threads)
+    mol = gto.M(atom=geometry, basis=basis, cart=cart, verbose=0)
+    density = scf.RHF(mol).get_init_guess(key="minao")
+    overlap = mol.intor("int1e_ovlp")
+    norm = numpy.sqrt(numpy.diag(overlap))
+    order = spherical_order(mol, numpy)
+    to_ours = lambda m, power: (m * numpy.outer(norm**power, norm**power))[numpy.ix_(order, order)]
+
+    mf = scf.RHF(mol)
+    mf.direct_scf_tol = 1e-11
+    mf.opt = mf.init_direct_scf(mol)
+    peer_times = []
+    for _ in range(arguments.repeat):
+        start = time.perf_counter()
+        j, k = scf.hf.get_jk(mol, density, hermi=1, vhfopt=mf.opt[None] if isinstance(mf.opt, dict) else mf.opt)
+        peer_times.append(time.perf_counter() - start)
+
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "case")
+        write_case(path, mol, numpy.ascontiguousarray(to_ours(density, 1)))
+        environment = dict(os.environ, OMP_NUM_THREADS=str(arguments.threads))
+        program = os.path.join(arguments.build, "bench", "jk_from_file")
+        text = subprocess.run([program, path, str(max(3, arguments.repeat))], env=environment, check=True, capture_output=True,
+                              text=True).stdout
+        times = {line.split()[0]: float(line.split()[1]) for line in text.splitlines()}
+        n = len(density)
+        ours = numpy.fromfile(path + ".result").reshape(2, n, n)
+    difference = [abs(ours[x] - to_ours(m, -1)).max() for x, m in ((0, j), (1, k))]
+    peer = statistics.median(peer_times)
+    print("%-22s %5d functions  %d threads  PySCF %8.3f s   J %7.3f s  K %7.3f s  ratio %5.1f   set-up %.3f s   |dJ| %.1e |dK| %.1e"
+          % (name, n, arguments.threads, peer, times["j"], times["k"], peer / (times["j"] + times["k"]), times["setup"], *difference))
+    sys.stdout.flush()
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build")
+    parser.add_argument("--case", nargs="*", default=["caffeine-631gs"], choices=list(CASES))
+    parser.add_argument("--threads", type=int, default=1)
+    parser.add_argument("--repeat", type=int, default=1)
+    arguments = parser.parse_args()
+    for name in arguments.case:
+        run_case(name, arguments)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,88 @@
+// Times direct J and K builds of a molecule and density written by compare_jk.py, and writes the matrices back.
+//
+// usage: jk_from_file PATH REPEATS     (prints medians in seconds: setup, j, k, and store figures when ZENTRIX_STORE is set)
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <vector>
+
+#include "constants/limits.hpp"
+#include "integrals/integrals_2e.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+MOLECULE_T read_molecule(const std::string& path) {
+  std::ifstream in(path);
+  MOLECULE_T m;
+  std::size_t n = 0;
+  in >> n;
+  m.atoms.resize(n);
+  for (ATOM_T& atom : m.atoms) in >> atom.position[0] >> atom.position[1] >> atom.position[2];
+  in >> n >> m.spherical;
+  m.shells.resize(n);
+  for (SHELL_T& shell : m.shells) {
+    in >> shell.atom >> shell.l >> shell.nprim;
+    for (int k = 0; k < shell.nprim; ++k) {
+      shell.alpha.emplace_back();
+      shell.coeff.emplace_back();
+      in >> shell.alpha.back() >> shell.coeff.back();
+    }
+    shell.first = m.n_basis;
+    shell.nfunc = m.spherical ? n_spherical(shell.l) : n_cartesian(shell.l);
+    m.n_basis += shell.nfunc;
+    m.n_cartesian += n_cartesian(shell.l);
+    m.n_spherical += n_spherical(shell.l);
+  }
+  if (!in) {
+    std::cerr << "cannot read " << path << '\n';
+    std::exit(1);
+  }
+  return m;
+}
+
+double median_seconds(int repeats, const std::function<void()>& work) {
+  std::vector<double> times;
+  for (int n = 0; n < repeats; ++n) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  }
+  std::nth_element(times.begin(), times.begin() + repeats / 2, times.end());
+  return times[static_cast<std::size_t>(repeats / 2)];
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::cerr << "usage: jk_from_file PATH REPEATS\n";
+    return 1;
+  }
+  const std::string path = argv[1];
+  const int repeats = std::max(1, std::atoi(argv[2]));
+  const MOLECULE_T molecule = read_molecule(path);
+  std::vector<MATRIX> density(1, MATRIX(molecule.n_basis, molecule.n_basis));
+  const auto bytes = static_cast<std::streamsize>(sizeof(double)) * density[0].size();
+  std::ifstream(path + ".density", std::ios::binary).read(reinterpret_cast<char*>(density[0].data()), bytes);
+
+  std::cout << "setup " << median_seconds(repeats, [&] { INTEGRALS_2E::JK_BUILDER builder(molecule); }) << '\n';
+  INTEGRALS_2E::JK_BUILDER builder(molecule);
+  INTEGRALS_2E::JK_RESULT_T j, k;
+  std::cout << "j " << median_seconds(repeats, [&] { j = builder.build(density, {}); }) << '\n';
+  std::cout << "k " << median_seconds(repeats, [&] { k = builder.build({}, density); }) << '\n';
+  std::ofstream out(path + ".result", std::ios::binary);
+  out.write(reinterpret_cast<const char*>(j.j[0].data()), bytes);
+  out.write(reinterpret_cast<const char*>(k.k[0].data()), bytes);
+  if (std::getenv("ZENTRIX_STORE") != nullptr) {
+    std::cout << "fill " << median_seconds(1, [&] { builder.fill_store(); }) << '\n';
+    std::cout << "stored_jk " << median_seconds(repeats, [&] { j = builder.build(density, density); }) << '\n';
+    std::cout << "store_mb " << static_cast<double>(builder.store_bytes()) / (1024.0 * 1024.0) << '\n';
+  }
+  return 0;
+}
