@@ -7,12 +7,16 @@
 
 namespace zentrix::kernels::ZX_ISA {
 
-/// Coefficient k of every lane's cell: LANES cache lines, transposed.
-ZX_INLINE void load_cells(const double* cells, const int* cell, vec* coefficient) {
-  for (int lane = 0; lane < LANES; ++lane) coefficient[lane] = load(cells + 8 * static_cast<long>(cell[lane]));
+/// Coefficient k of every lane's cell, `offset` doubles into the table: LANES cache lines, transposed.
+ZX_INLINE void load_cells(const double* cells, mask offset, vec* coefficient) {
+  // Through memory: one store and LANES loads are cheaper than taking a vector apart, and the barrier keeps them.
+  alignas(sizeof(vec)) long long at[LANES];
+  *reinterpret_cast<mask*>(at) = offset;
+  __asm__("" : "+m"(at));
+  for (int lane = 0; lane < LANES; ++lane) coefficient[lane] = load(cells + at[lane]);
   transpose(coefficient);
   if constexpr (LANES == 4) {
-    for (int lane = 0; lane < LANES; ++lane) coefficient[4 + lane] = load(cells + 8 * static_cast<long>(cell[lane]) + 4);
+    for (int lane = 0; lane < LANES; ++lane) coefficient[4 + lane] = load(cells + at[lane] + 4);
     transpose(coefficient + 4);
   }
 }
@@ -20,13 +24,9 @@ ZX_INLINE void load_cells(const double* cells, const int* cell, vec* coefficient
 /// exp(-x/16) for |x| <= 1/2, Taylor polynomial of degree 7 (error 2e-17).
 ZX_INLINE vec exp_inside_cell(vec x) {
   const vec y = x * (-1.0 / BOYS_CELLS_PER_UNIT);
-  vec r = y * (1.0 / 5040) + 1.0 / 720;
-  r = r * y + 1.0 / 120;
-  r = r * y + 1.0 / 24;
-  r = r * y + 1.0 / 6;
-  r = r * y + 0.5;
-  r = r * y + 1.0;
-  return r * y + 1.0;
+  const vec y2 = y * y;
+  const vec high = (y * (1.0 / 5040) + 1.0 / 720) * y2 + (y * (1.0 / 120) + 1.0 / 24);
+  return high * (y2 * y2) + ((y * (1.0 / 6) + 0.5) * y2 + (y + 1.0));
 }
 
 /// F_M by the leading asymptotic term, (2M-1)!! / 2^(M+1) sqrt(pi / T^(2M+1)).
@@ -53,15 +53,15 @@ ZX_INLINE void boys_lanes(const BOYS_SERVICE_T& service, vec t, vec* f) {
   constexpr double limit = boys_cell_limit(M);
   const mask beyond = t >= limit;
   const vec clamped = beyond ? broadcast(limit - 0.5 / BOYS_CELLS_PER_UNIT) : t;
-  const vec scaled = clamped * static_cast<double>(BOYS_CELLS_PER_UNIT);
-  const index_vec index = __builtin_convertvector(scaled, index_vec);
-  const vec x = scaled - (__builtin_convertvector(index, vec) + 0.5);
-  alignas(64) int cell[LANES];
-  for (int lane = 0; lane < LANES; ++lane) cell[lane] = index[lane];
+  // The cell number by rounding at 2^52: it then stands in the low bits of the mantissa.
+  constexpr double magic = 0x1.8p52;
+  const vec scaled = clamped * static_cast<double>(BOYS_CELLS_PER_UNIT) - 0.5;
+  const vec shifted = scaled + magic;
+  const vec x = scaled - (shifted - magic);
   vec c[8];
-  load_cells(service.cells[M], cell, c);
-  vec top = c[6];
-  for (int k = 5; k >= 0; --k) top = top * x + c[k];
+  load_cells(service.cells[M], (reinterpret_cast<mask>(shifted) & 0xfffff) << 3, c);
+  const vec x2 = x * x, x4 = x2 * x2;  // short chains instead of Horner's rule: the latency is what counts here
+  vec top = (c[0] + c[1] * x) + (c[2] + c[3] * x) * x2 + ((c[4] + c[5] * x) + c[6] * x2) * x4;
   vec e = {};
   if constexpr (M > 0) e = c[7] * exp_inside_cell(x);
   if (__builtin_expect(any(beyond), 0)) {

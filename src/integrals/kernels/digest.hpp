@@ -23,13 +23,36 @@ ZX_INLINE void load_runs(const double* const* from, int n, vec* to) {
   }
 }
 
-/// The way back: adds to the runs of the first `count` lanes, one after the other (lanes may share an address). Vectors
-/// beyond n must be zero: their lanes are added to what follows the run.
+/// to[0 .. n) += the first n < LANES elements of v, in accesses of 4, 2 and 1 doubles. A whole vector would be simpler, but
+/// the next lane's run often begins inside it, and reading what is still being written stalls the processor.
+ZX_INLINE void add_first(double* to, vec v, int n) {
+  typedef double pair __attribute__((vector_size(16), aligned(8)));
+#if defined(__AVX512F__)
+  typedef double quad __attribute__((vector_size(32), aligned(8)));
+  if (n & 4) {
+    *reinterpret_cast<quad*>(to) += __builtin_shufflevector(v, v, 0, 1, 2, 3);
+    v = __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);
+    to += 4;
+  }
+#endif
+  if (n & 2) {
+    *reinterpret_cast<pair*>(to) += __builtin_shufflevector(v, v, 0, 1);
+    v[0] = v[2];
+    to += 2;
+  }
+  if (n & 1) *to += v[0];
+}
+
+/// The way back: adds to the runs of the first `count` lanes, one after the other (lanes may share an address).
 ZX_INLINE void add_runs(double* const* to, int count, int n, vec* from) {
-  for (int at = 0; at < n; at += LANES) {
+  int at = 0;
+  for (; at + LANES <= n; at += LANES) {
     transpose(from + at);
     for (int lane = 0; lane < count; ++lane) store(to[lane] + at, load(to[lane] + at) + from[at + lane]);
   }
+  if (at == n) return;
+  transpose(from + at);
+  for (int lane = 0; lane < count; ++lane) add_first(to[lane] + at, from[at + lane], n - at);
 }
 
 /// Reads the integrals of a row from (ab|f] by ket transfer.

@@ -29,12 +29,7 @@ ZX_INLINE void load_ket_primitive(const BATCH_T& batch, int k, vec scale, KET_PR
   transpose(f);
   if constexpr (LANES == 4) transpose(f + 4);
   f[4] *= scale;
-  double largest = 0.0;
-  for (int lane = 0; lane < LANES; ++lane) {
-    const double size = __builtin_fabs(f[4][lane]);
-    largest = size > largest ? size : largest;
-  }
-  ket.largest_prefactor = largest;
+  ket.largest_prefactor = largest_magnitude(f[4]);
 }
 
 /// Bra transfer of every column f: rows[ab][f] from contracted[f][e].
@@ -60,21 +55,36 @@ struct FRONT_OF_CLASS {
   using RECURSION = VERTICAL<LA, LA + LB, LC, LC + LD>;
   static constexpr int E = LA + LB, L = LA + LB + LC + LD;
 
-  static ZX_INLINE void primitive_quartet(const PRIMITIVE_PAIR_T& bra, const KET_PRIMITIVE_T& ket,
-                                          const BOYS_SERVICE_T& boys, vec* work, vec* contracted) {
-    const vec p = broadcast(bra.exponent), q = ket.field[0];
-    const vec root = rsqrt(p + q);    // (p + q)^(-1/2)
-    const vec inverse = root * root;  // 1 / (p + q)
-    vec pq[3], r2 = {};
-    for (int i = 0; i < 3; ++i) {
-      pq[i] = bra.center[i] - ket.field[1 + i];
-      r2 += pq[i] * pq[i];
-    }
-    const vec p_part = p * inverse, q_part = q * inverse;  // p/(p+q), q/(p+q)
+  /// Boys values of a primitive quartet, scaled, and 1/(p+q).
+  struct RADIAL_T {
+    vec inverse;
     vec f[L + 1];
-    boys_lanes<L>(boys, p * q_part * r2, f);
+  };
+
+  static ZX_INLINE void distance(const PRIMITIVE_PAIR_T& bra, const KET_PRIMITIVE_T& ket, vec* pq) {
+    for (int i = 0; i < 3; ++i) pq[i] = bra.center[i] - ket.field[1 + i];
+  }
+
+  static ZX_INLINE void radial_part(const PRIMITIVE_PAIR_T& bra, const KET_PRIMITIVE_T& ket, const BOYS_SERVICE_T& boys,
+                                    RADIAL_T& radial) {
+    const vec q = ket.field[0];
+    const vec root = rsqrt(bra.exponent + q);  // (p + q)^(-1/2)
+    vec pq[3];
+    distance(bra, ket, pq);
+    const vec r2 = pq[0] * pq[0] + pq[1] * pq[1] + pq[2] * pq[2];
+    radial.inverse = root * root;
+    boys_lanes<L>(boys, (bra.exponent * q) * radial.inverse * r2, radial.f);
     const vec prefactor = (bra.prefactor * ket.field[4]) * root;
-    for (int m = 0; m <= L; ++m) work[m * RECURSION::NE] = prefactor * f[m];
+    for (int m = 0; m <= L; ++m) radial.f[m] *= prefactor;
+  }
+
+  static ZX_INLINE void primitive_quartet(const PRIMITIVE_PAIR_T& bra, const KET_PRIMITIVE_T& ket, const RADIAL_T& radial,
+                                          vec* work, vec* contracted) {
+    for (int m = 0; m <= L; ++m) work[m * RECURSION::NE] = radial.f[m];
+    const vec q = ket.field[0], inverse = radial.inverse;
+    const vec p_part = bra.exponent * inverse, q_part = q * inverse;  // p/(p+q), q/(p+q)
+    vec pq[3];
+    distance(bra, ket, pq);
     typename RECURSION::FACTORS k;
     for (int i = 0; i < 3; ++i) {
       k.pa[i] = broadcast(bra.from_first[i]);
@@ -94,10 +104,15 @@ struct FRONT_OF_CLASS {
     RECURSION::run(k, work, contracted);
   }
 
+  /// Small classes keep the contracted sums in registers, and the buffers of the recursion where stores can be left out.
+  static constexpr bool SMALL = unroll_tree(E, LC + LD);
+
   static void run(const BATCH_T& batch, const BOYS_SERVICE_T& boys, double* scratch, double* rows) {
     vec* contracted = reinterpret_cast<vec*>(scratch);
     vec* work = contracted + RECURSION::NC * RECURSION::NF;
     KET_PRIMITIVE_T* kets = reinterpret_cast<KET_PRIMITIVE_T*>(work + RECURSION::WORK);
+    vec sums[SMALL ? RECURSION::NC * RECURSION::NF : 1];
+    if constexpr (SMALL) contracted = sums;
     for (int n = 0; n < RECURSION::NC * RECURSION::NF; ++n) contracted[n] = vec{};
 
     const SHELL_PAIR_T& bra = *batch.bra;
@@ -111,10 +126,21 @@ struct FRONT_OF_CLASS {
       load_ket_primitive(batch, loaded, scale, kets[loaded]);
       if (kets[loaded].largest_prefactor * largest_bra < batch.primitive_cutoff) break;
     }
+    // Boys values of all ket primitives first, recursions after: more independent work in the processor's window.
+    RADIAL_T* radial = reinterpret_cast<RADIAL_T*>(kets + n_ket);
     for (int b = 0; b < bra.n_primitives; ++b) {
       const double size = __builtin_fabs(bra.primitives[b].prefactor);
-      for (int k = 0; k < loaded && size * kets[k].largest_prefactor >= batch.primitive_cutoff; ++k)
-        primitive_quartet(bra.primitives[b], kets[k], boys, work, contracted);
+      int used = 0;
+      for (; used < loaded && size * kets[used].largest_prefactor >= batch.primitive_cutoff; ++used)
+        radial_part(bra.primitives[b], kets[used], boys, radial[used]);
+      for (int k = 0; k < used; ++k) {
+        if constexpr (SMALL) {
+          vec local[RECURSION::WORK];
+          primitive_quartet(bra.primitives[b], kets[k], radial[k], local, sums);
+        } else {
+          primitive_quartet(bra.primitives[b], kets[k], radial[k], work, contracted);
+        }
+      }
     }
     transfer_bra<LA, LB>(bra.separation, RECURSION::NF, row_stride(LC, LD), contracted, reinterpret_cast<vec*>(rows));
   }

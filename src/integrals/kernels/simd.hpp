@@ -52,6 +52,20 @@ ZX_INLINE double sum(vec v) {
     return (v[0] + v[2]) + (v[1] + v[3]);
 }
 
+/// Largest |x| over the lanes.
+ZX_INLINE double largest_magnitude(vec v) {
+  vec m = max(v, -v);
+#if defined(__AVX512F__)
+  m = max(m, __builtin_shufflevector(m, m, 4, 5, 6, 7, 0, 1, 2, 3));
+  m = max(m, __builtin_shufflevector(m, m, 2, 3, 0, 1, 6, 7, 4, 5));
+  m = max(m, __builtin_shufflevector(m, m, 1, 0, 3, 2, 5, 4, 7, 6));
+#else
+  m = max(m, __builtin_shufflevector(m, m, 2, 3, 0, 1));
+  m = max(m, __builtin_shufflevector(m, m, 1, 0, 3, 2));
+#endif
+  return m[0];
+}
+
 /// 1/sqrt(x) for positive normal x, to about one unit in the last place.
 ZX_INLINE vec rsqrt(vec x) {
 #if defined(__AVX512F__)

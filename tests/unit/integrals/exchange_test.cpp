@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include "integrals/cartesian.hpp"
+#include "integrals/integrals_2e.hpp"
+#include "two_electron_samples.hpp"
+
+using namespace zentrix;
+using namespace zentrix::INTEGRALS_2E;
+
+namespace {
+
+/// J and K over bare components by all quartets of reference integrals, no symmetry used.
+JK_RESULT_T brute_force(const MOLECULE_T& m, const MATRIX& density) {
+  const MATRIX d = to_cartesian(m, density);
+  const std::vector<int> first = cartesian_offsets(m);
+  MATRIX j = MATRIX::Zero(d.rows(), d.cols()), k = j;
+  const int n = static_cast<int>(m.shells.size());
+  std::vector<double> block;
+  for (int s = 0; s < n; ++s)
+    for (int t = 0; t < n; ++t)
+      for (int u = 0; u < n; ++u)
+        for (int v = 0; v < n; ++v) {
+          compute_eri_contracted(samples::centered(m, s), samples::centered(m, t), samples::centered(m, u),
+                                 samples::centered(m, v), block);
+          std::size_t at = 0;
+          for (int a = first[s]; a < first[s + 1]; ++a)
+            for (int b = first[t]; b < first[t + 1]; ++b)
+              for (int c = first[u]; c < first[u + 1]; ++c)
+                for (int e = first[v]; e < first[v + 1]; ++e, ++at) {
+                  j(a, b) += block[at] * d(c, e);
+                  k(a, c) += block[at] * d(b, e);
+                }
+        }
+  return {{to_functions(m, j)}, {to_functions(m, k)}};
+}
+
+void expect_near(const MATRIX& got, const MATRIX& want, double tolerance, const std::string& what) {
+  ASSERT_EQ(got.rows(), want.rows()) << what;
+  EXPECT_LT((got - want).cwiseAbs().maxCoeff(), tolerance) << what;
+}
+
+/// Direct and stored builds of a closed shell and of two spin densities against brute force.
+void check_builds(const MOLECULE_T& m, const std::string& what) {
+  const MATRIX p = samples::random_symmetric(m.n_basis, 1), q = samples::random_symmetric(m.n_basis, 2);
+  const JK_RESULT_T of_p = brute_force(m, p), of_q = brute_force(m, q);
+  JK_BUILDER builder(m);
+  for (bool stored : {false, true}) {
+    const std::string label = what + (stored ? " stored" : " direct");
+    if (stored) builder.fill_store();
+    const MATRIX one[] = {p}, total[] = {p + q}, spins[] = {p, q};
+    const JK_RESULT_T closed = builder.build(one, one, 1e-14);
+    expect_near(closed.j.at(0), of_p.j[0], 1e-10, label + " J");
+    expect_near(closed.k.at(0), of_p.k[0], 1e-10, label + " K");
+    const JK_RESULT_T open = builder.build(total, spins, 1e-14);
+    ASSERT_EQ(open.j.size(), 1U);
+    ASSERT_EQ(open.k.size(), 2U);
+    expect_near(open.j[0], of_p.j[0] + of_q.j[0], 1e-10, label + " J of the sum");
+    expect_near(open.k[0], of_p.k[0], 1e-10, label + " first K");
+    expect_near(open.k[1], of_q.k[0], 1e-10, label + " second K");
+    const JK_RESULT_T only_j = builder.build(spins, {}, 1e-14), only_k = builder.build({}, one, 1e-14);
+    EXPECT_TRUE(only_j.k.empty() && only_k.j.empty());
+    expect_near(only_j.j.at(1), of_q.j[0], 1e-10, label + " J alone");
+    expect_near(only_k.k.at(0), of_p.k[0], 1e-10, label + " K alone");
+  }
+}
+
+/// A hydrocarbon-like zigzag chain with s, p and d shells: long enough for screening to matter.
+MOLECULE_T chain(int n_atoms) {
+  MOLECULE_T m;
+  for (int n = 0; n < n_atoms; ++n) {
+    m.atoms.push_back(samples::atom(2.4 * n, n % 2 == 0 ? 0.0 : 1.5, 0.3 * (n % 3)));
+    m.shells.push_back(samples::shell(n, 0, {172.3, 25.9, 5.5}, {0.06, 0.36, 0.7}));
+    m.shells.push_back(samples::shell(n, 0, {0.3}, {1.0}));
+    m.shells.push_back(samples::shell(n, 1, {3.66, 0.77}, {0.24, 0.86}));
+    m.shells.push_back(samples::shell(n, 1, {0.21}, {1.0}));
+    m.shells.push_back(samples::shell(n, 2, {0.8}, {1.0}));
+  }
+  return samples::finish(std::move(m), false);
+}
+
+/// A density like that of an insulator: it decays with distance.
+MATRIX decaying_density(const MOLECULE_T& m) {
+  MATRIX d = samples::random_symmetric(m.n_basis, 5);
+  for (const SHELL_T& s : m.shells)
+    for (const SHELL_T& t : m.shells) {
+      const double x = m.atoms[s.atom].position[0] - m.atoms[t.atom].position[0];
+      d.block(s.first, t.first, s.nfunc, t.nfunc) *= std::exp(-0.5 * std::abs(x));
+    }
+  return d;
+}
+
+}  // namespace
+
+TEST(EXCHANGE, DIRECT_AND_STORED_BUILDS_AGREE_WITH_BRUTE_FORCE_IN_EVERY_INSTRUCTION_SET) {
+  for (kernels::ISA isa : samples::available_isas()) {
+    const samples::ISA_GUARD guard(isa);
+    check_builds(samples::mixed_molecule(4, false), std::string(kernels::isa_name(isa)) + " Cartesian");
+    check_builds(samples::mixed_molecule(4, true), std::string(kernels::isa_name(isa)) + " spherical");
+  }
+}
+
+TEST(EXCHANGE, H_SHELLS_GO_THROUGH_THE_SCALAR_KERNEL_WITH_THE_SAME_RESULT) {
+  check_builds(samples::mixed_molecule(5, false), "h shell");
+}
+
+TEST(EXCHANGE, ONE_SHELL_AND_ONE_FUNCTION) {
+  MOLECULE_T m;
+  m.atoms = {samples::atom(0.0, 0.0, 0.0)};
+  m.shells = {samples::shell(0, 0, {0.5}, {1.0})};
+  check_builds(samples::finish(m, false), "one s function");
+}
+
+// Screening: what the default threshold leaves out stays small, and the Schwarz bounds hold for every quartet.
+TEST(EXCHANGE, NEGLECTED_CONTRIBUTIONS_STAY_BELOW_THE_PROMISE) {
+  const MOLECULE_T m = chain(12);
+  const MATRIX one[] = {decaying_density(m)};
+  JK_BUILDER builder(m);
+  const JK_RESULT_T tight = builder.build(one, one, 1e-16);
+  const JK_RESULT_T usual = builder.build(one, one);
+  expect_near(usual.k[0], tight.k[0], 1e-10, "K");
+  expect_near(usual.j[0], tight.j[0], 1e-10, "J");
+  builder.fill_store();
+  const JK_RESULT_T stored = builder.build(one, one);
+  expect_near(stored.k[0], tight.k[0], 1e-10, "stored K");
+  expect_near(stored.j[0], tight.j[0], 1e-10, "stored J");
+}
+
+TEST(EXCHANGE, SCHWARZ_BOUNDS_ARE_RIGOROUS) {
+  const MOLECULE_T m = samples::mixed_molecule(3, false);
+  const MATRIX q = JK_BUILDER(m).schwarz();
+  const int n = static_cast<int>(m.shells.size());
+  std::vector<double> block;
+  for (int s = 0; s < n; ++s)
+    for (int t = 0; t < n; ++t) {
+      EXPECT_EQ(q(s, t), q(t, s));
+      for (int u = 0; u < n; ++u)
+        for (int v = 0; v < n; ++v) {
+          compute_eri_contracted(samples::centered(m, s), samples::centered(m, t), samples::centered(m, u),
+                                 samples::centered(m, v), block);
+          for (double value : block) EXPECT_LE(std::abs(value), q(s, t) * q(u, v) * (1 + 1e-10) + 1e-15);
+        }
+    }
+}
+
+TEST(EXCHANGE, SAME_DIGITS_FOR_THE_SAME_THREADS_AND_CLOSE_FOR_OTHERS) {
+  const MOLECULE_T m = chain(6);
+  const MATRIX p = decaying_density(m);
+  const MATRIX one[] = {p};
+  const int before = omp_get_max_threads();
+  for (bool stored : {false, true}) {
+    std::vector<JK_RESULT_T> results;
+    for (int threads : {2, 2, 1, 3}) {
+      omp_set_num_threads(threads);
+      JK_BUILDER builder(m);
+      if (stored) builder.fill_store();
+      results.push_back(builder.build(one, one));
+    }
+    omp_set_num_threads(before);
+    EXPECT_EQ(results[0].k[0], results[1].k[0]) << "not the same digits, stored = " << stored;
+    if (stored) {
+      EXPECT_EQ(results[0].j[0], results[1].j[0]);
+    }
+    for (std::size_t n : {2U, 3U}) {
+      expect_near(results[n].k[0], results[0].k[0], 1e-11, "K of other thread counts");
+      expect_near(results[n].j[0], results[0].j[0], 1e-11, "J of other thread counts");
+    }
+  }
+}
+
+TEST(EXCHANGE, ZERO_DENSITY_GIVES_ZERO) {
+  const MOLECULE_T m = samples::mixed_molecule(2, false);
+  const MATRIX one[] = {MATRIX::Zero(m.n_basis, m.n_basis)};
+  const JK_RESULT_T result = JK_BUILDER(m).build(one, one);
+  EXPECT_EQ(result.k.at(0).cwiseAbs().maxCoeff(), 0.0);
+  EXPECT_EQ(result.j.at(0).cwiseAbs().maxCoeff(), 0.0);
+}

@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <set>
+#include <sstream>
+
+#include "integrals/eri_store.hpp"
+#include "integrals/integrals_2e.hpp"
+#include "two_electron_samples.hpp"
+
+using namespace zentrix;
+using namespace zentrix::INTEGRALS_2E;
+
+// The announced size is the exact canonical count, and the limit itself still fits.
+TEST(ERI_STORE, MODE_DECISION_COUNTS_CANONICAL_QUARTETS_AND_INCLUDES_THE_LIMIT) {
+  MOLECULE_T m;  // far-away pairs make quartets that do not survive
+  for (int n = 0; n < 5; ++n) {
+    m.atoms.push_back(samples::atom(4.0 * n, 0.3 * n, 0.0));
+    m.shells.push_back(samples::shell(n, 0, {6.0, 1.1}, {0.4, 0.7}));
+    m.shells.push_back(samples::shell(n, n % 3, {0.9}, {1.0}));
+  }
+  m = samples::finish(std::move(m), false);
+  const JK_BUILDER builder(m);
+  const MATRIX& q = builder.schwarz();
+  std::int64_t quartets = 0, all = 0, integrals = 0;
+  const int n = static_cast<int>(m.shells.size());
+  const auto size = [&](int s) { return n_cartesian(m.shells[static_cast<std::size_t>(s)].l); };
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j <= i; ++j)
+      for (int k = 0; k <= i; ++k)
+        for (int l = 0; l <= (k == i ? j : k); ++l) {
+          ++all;
+          if (q(i, j) * q(k, l) < STORE_THRESHOLD) continue;
+          ++quartets;
+          integrals += size(i) * size(j) * size(k) * size(l);
+        }
+  const JK_MODE_T mode = builder.decide_mode(4096);
+  EXPECT_LT(quartets, all);
+  EXPECT_EQ(mode.quartets, quartets);
+  EXPECT_EQ(mode.integrals, integrals);
+  EXPECT_TRUE(mode.conventional);
+}
+
+TEST(ERI_STORE, A_LIMIT_OF_EXACTLY_THE_SIZE_IS_CONVENTIONAL) {
+  // Ten s and one p shell far from any screening: 64 pair components ... the smallest molecule whose size straddles 1 MB.
+  MOLECULE_T m;
+  m.atoms = {samples::atom(0.0, 0.0, 0.0)};
+  for (int n = 0; n < 26; ++n) m.shells.push_back(samples::shell(0, 0, {0.3 + 0.1 * n}, {1.0}));
+  m = samples::finish(std::move(m), false);
+  const JK_BUILDER builder(m);
+  JK_MODE_T mode = builder.decide_mode(1);
+  const std::int64_t pairs = 26 * 27 / 2;
+  EXPECT_EQ(mode.integrals, pairs * (pairs + 1) / 2);
+  EXPECT_TRUE(mode.conventional);  // 493 kB
+  m.shells.push_back(samples::shell(0, 2, {0.4}, {1.0}));
+  m.shells.push_back(samples::shell(0, 2, {0.9}, {1.0}));
+  m = samples::finish(std::move(m), false);
+  const JK_MODE_T larger = JK_BUILDER(m).decide_mode(1);
+  EXPECT_GT(8 * larger.integrals, 1 << 20);
+  EXPECT_FALSE(larger.conventional);
+}
+
+TEST(ERI_STORE, DESCRIPTORS_FIND_EVERY_INTEGRAL) {
+  const MOLECULE_T m = samples::mixed_molecule(2, false);
+  for (kernels::ISA isa : samples::available_isas()) {
+    const KERNEL_CHOICE_T kernels = choose_kernels(isa);
+    const SHELL_PAIRS_T data = make_shell_pairs(m, *kernels.table, kernels.lanes);
+    ERI_STORE_T store(data, kernels, 1e-12);
+    store.fill(data, kernels);
+    EXPECT_GE(store.bytes(), 8 * store.integrals());
+    std::set<std::size_t> used;  // no integral stands in another's place
+    std::vector<double> reference;
+    for (const STORE_SEGMENT_T& segment : store.segments())
+      for (int ket = 0; ket < segment.kets; ++ket) {
+        const QUARTET_INFO_T info = store.quartet(data, segment, ket);
+        compute_eri_contracted(samples::centered(m, info.shell[0]), samples::centered(m, info.shell[1]),
+                               samples::centered(m, info.shell[2]), samples::centered(m, info.shell[3]), reference);
+        for (std::size_t n = 0; n < reference.size(); ++n) {
+          const std::size_t at = info.offset + n * info.stride;
+          ASSERT_TRUE(used.insert(at).second);
+          ASSERT_NEAR(store.values()[at], info.scale * reference[n], 1e-12);
+        }
+      }
+    EXPECT_EQ(static_cast<std::int64_t>(used.size()), store.integrals());
+  }
+}
+
+TEST(ERI_STORE, REPORT_SAYS_WHICH_MODE_AND_WHY) {
+  JK_MODE_T mode;
+  mode.conventional = true;
+  mode.quartets = 1234;
+  mode.integrals = 5 * 1024 * 128;
+  mode.limit_mb = 5;
+  mode.threads = 2;
+  std::ostringstream conventional, direct;
+  print_mode(mode, conventional);
+  EXPECT_EQ(conventional.str(), "   Conventional SCF: 1234 shell quartets, 5.0 MB\n     ERI precompute: 2 OpenMP threads\n");
+  mode.conventional = false;
+  mode.limit_mb = 4;
+  print_mode(mode, direct);
+  EXPECT_EQ(direct.str(),
+            "   Conventional SCF would need 1234 shell quartets / 5.0 MB\n"
+            "   (above the current ERI memory limit of 4 MB).\n"
+            "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n"
+            "   Raise %eri_memory_limit_mb to force conventional storage.\n");
+}
