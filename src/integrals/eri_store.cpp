@@ -20,6 +20,17 @@ bool in_lanes(const SHELL_PAIRS_T& data, const STORE_SEGMENT_T& segment) {
 
 }  // namespace
 
+STORE_SIZE_T count_integrals(const SHELL_PAIRS_T& data, double threshold) {
+  STORE_SIZE_T size;
+  for (const BRA_T& bra : bra_order(data))
+    for (int ket_list = 0; ket_list <= bra.list; ++ket_list) {
+      const std::int64_t kets = surviving_kets(data, bra, ket_list, threshold);
+      size.quartets += kets;
+      size.integrals += kets * list_of(data, bra.list).block_size() * list_of(data, ket_list).block_size();
+    }
+  return size;
+}
+
 ERI_STORE_T::ERI_STORE_T(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, double threshold)
     : lanes_(kernels.lanes), primitive_cutoff_(1e-3 * threshold) {
   for (const BRA_T& bra : bra_order(data))

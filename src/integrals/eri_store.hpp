@@ -27,6 +27,13 @@ struct STORE_SEGMENT_T {
   std::size_t offset = 0;
 };
 
+/// Size of a store before it is planned.
+struct STORE_SIZE_T {
+  std::int64_t quartets = 0;
+  std::int64_t integrals = 0;
+};
+STORE_SIZE_T count_integrals(const SHELL_PAIRS_T& data, double threshold);
+
 /// All integrals of canonical quartets (i >= j, k >= l, ij >= kl in the order of the pair lists) with Q_ij Q_kl >=
 /// threshold, in the lane order of the vector kernels, so that the digestion code of direct builds reads them as one stream
 /// of memory.

@@ -49,13 +49,13 @@ JK_BUILDER::JK_BUILDER(JK_BUILDER&&) noexcept = default;
 JK_BUILDER& JK_BUILDER::operator=(JK_BUILDER&&) noexcept = default;
 
 JK_MODE_T JK_BUILDER::decide_mode(int limit_mb) const {
-  const ERI_STORE_T plan(implementation_->pairs, implementation_->kernels, STORE_THRESHOLD);
+  const STORE_SIZE_T size = count_integrals(implementation_->pairs, STORE_THRESHOLD);
   JK_MODE_T mode;
-  mode.quartets = plan.quartets();
-  mode.integrals = plan.integrals();
+  mode.quartets = size.quartets;
+  mode.integrals = size.integrals;
   mode.limit_mb = limit_mb;
   mode.threads = omp_get_max_threads();
-  mode.conventional = 8 * mode.integrals <= static_cast<std::int64_t>(limit_mb) * 1024 * 1024;
+  mode.conventional = store_fits(mode.integrals, limit_mb);
   return mode;
 }
 

@@ -18,6 +18,11 @@ inline constexpr double JK_THRESHOLD = 1e-11;
 /// Quartets with Q_ij Q_kl below this are neither counted nor stored; the plain product, as no density is known yet.
 inline constexpr double STORE_THRESHOLD = 1e-12;
 
+/// Whether that many integrals fit into limit_mb x 2^20 bytes; exactly full still fits.
+constexpr bool store_fits(std::int64_t integrals, int limit_mb) {
+  return 8 * integrals <= static_cast<std::int64_t>(limit_mb) * 1024 * 1024;
+}
+
 /// The conventional/direct decision, with what the report says about it.
 struct JK_MODE_T {
   bool conventional = false;

@@ -1,6 +1,9 @@
 #include "integrals/workspace.hpp"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <new>
 
 namespace zentrix::INTEGRALS_2E {
 
@@ -14,6 +17,18 @@ std::size_t components(int l, int top) {
 }
 
 }  // namespace
+
+ALIGNED_DOUBLES::ALIGNED_DOUBLES(std::size_t n) : size_(n) {
+  constexpr std::size_t line = 64, large_page = std::size_t{2} << 20;
+  const std::size_t bytes = n * sizeof(double);
+  const std::size_t alignment = bytes >= 8 * large_page ? large_page : line;
+  const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
+  data_.reset(static_cast<double*>(std::aligned_alloc(alignment, std::max(rounded, alignment))));
+  if (!data_) throw std::bad_alloc();
+#ifdef MADV_HUGEPAGE
+  if (alignment == large_page) (void)madvise(data_.get(), rounded, MADV_HUGEPAGE);  // a wish; nothing depends on it
+#endif
+}
 
 std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
   // Front: contracted [e|f], one buffer of the recursion per ket level (planes m over all e), transposed ket primitives

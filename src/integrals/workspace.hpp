@@ -1,28 +1,28 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
-#include <new>
 
 #include "integrals/shell_pairs.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 
-/// Doubles at cache-line addresses, not initialised.
+/// Doubles at cache-line addresses, not initialised. Large arrays ask the system for large pages: filling gigabytes in pages
+/// of 4 KiB costs more than computing the integrals.
 class ALIGNED_DOUBLES {
  public:
   ALIGNED_DOUBLES() = default;
-  explicit ALIGNED_DOUBLES(std::size_t n)
-      : data_(static_cast<double*>(::operator new(n * sizeof(double), LINE))), size_(n) {}
+  /// Throws std::bad_alloc.
+  explicit ALIGNED_DOUBLES(std::size_t n);
   double* data() { return data_.get(); }
   const double* data() const { return data_.get(); }
   std::size_t size() const { return size_; }
   double& operator[](std::size_t n) { return data_.get()[n]; }
 
  private:
-  static constexpr std::align_val_t LINE{64};
   struct FREE {
-    void operator()(double* p) const { ::operator delete(p, LINE); }
+    void operator()(double* p) const { std::free(p); }
   };
   std::unique_ptr<double, FREE> data_;
   std::size_t size_ = 0;
