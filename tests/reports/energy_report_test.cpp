@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/program_run.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+const std::string water_geometry = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -0.4692\n*end\n";
+// PySCF with the same basis files (tests/reference/make_rhf_references.py), hartree.
+constexpr double water_sto3g = -74.9630231629;
+constexpr double water_631gs = -76.0105049953;
+
+void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
+  std::size_t at = 0;
+  for (const std::string& text : texts) {
+    const std::size_t found = run.report.find(text, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
+    at = found + text.size();
+  }
+}
+
+}  // namespace
+
+TEST(EnergyReport, WalksTheSectionsOfAnEnergyRun) {
+  const PROGRAM_RUN_T run =
+      run_program_in_folder("%basis 6-31G*\n" + water_geometry, "OMP_NUM_THREADS=2 PROGRAM run.inp more");
+  ASSERT_EQ(run.status, 0) << run.report;
+  const std::string rule = " =======================================================\n";
+  expect_in_order(run, {rule + "                     Z e n t r i x\n          Educational Quantum Chemistry Program\n"
+                               "                  Version 0.82.1",
+                        "2026-06-07",
+                        rule + "  HF / DFT / MP2  |  RHF/UHF  |  RKS/UKS  |  ECP\n",
+                        "  Geometry Optimization  |  Hessian & Frequencies\n" + rule,
+                        " OpenMP enabled: 2 threads\n",
+                        " --- Section 1: Input & Setup ---\n Reading input from: run.inp\n",
+                        " Input parsed successfully.\n",
+                        "   Job type:         energy\n",
+                        " Setting up method...\n",
+                        "   Functional:       HF\n",
+                        " Building molecule...\n",
+                        "   Molecule built successfully.\n",
+                        "  MOLECULE SUMMARY\n",
+                        " Initializing precomputed tables...\n",
+                        rule + "  Section 1 complete. Ready for integral evaluation.\n  Section 1 time: ",
+                        rule,
+                        " --- Section 2: One-Electron Integrals ---\n",
+                        "     H max |el|  = ",
+                        rule + "  Section 2 complete. S, T, V, H_core computed.\n  Section 2 time: ",
+                        rule,
+                        " --- Section 3: SCF ---\n",
+                        "   Nuclear repulsion energy:  ",
+                        "   Initial Fock matrix:       core Hamiltonian\n",
+                        "   Conventional SCF: ",
+                        "   SCF converged in ",
+                        " --- Section 7: Output & Properties ---\n",
+                        "   Final energies:\n     Electronic energy: ",
+                        "     Nuclear repulsion: ",
+                        "     Total energy:      ",
+                        "   Mulliken Population Analysis\n",
+                        "   Electric Dipole Moment\n",
+                        "   Section 7 time: ",
+                        rule + "  Zentrix run completed.\n  Wall time: ",
+                        " seconds\n" + rule});
+  EXPECT_NEAR(run.number("     Total energy:      "), water_631gs, 1e-7);
+  EXPECT_FALSE(run.says("Stage   ")) << "a timing profile nobody asked for";
+  EXPECT_FALSE(run.says("Matrix: ")) << "matrices nobody asked for";
+  EXPECT_FALSE(run.says("Molecular Orbital Output"));
+  EXPECT_EQ(run.files, std::vector<std::string>{"run.inp"});
+}
+
+TEST(EnergyReport, StoredAndDirectRunsAgree) {
+  const PROGRAM_RUN_T spherical = run_program_in_folder("%basis cc-pVDZ\n%spherical\n" + water_geometry);
+  const PROGRAM_RUN_T direct = run_program_in_folder("%eri_memory_limit_mb 1\n%basis cc-pVTZ\n" + water_geometry);
+  const PROGRAM_RUN_T stored = run_program_in_folder("%basis cc-pVTZ\n" + water_geometry);
+  ASSERT_EQ(spherical.status, 0);
+  ASSERT_EQ(direct.status, 0);
+  EXPECT_TRUE(spherical.says("   Spherical basis: 24 functions (Cartesian: 25)\n"));
+  expect_in_order(direct, {"   Conventional SCF would need ", "   (above the current ERI memory limit of 1 MB).\n",
+                           "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n",
+                           "   Raise %eri_memory_limit_mb to force conventional storage.\n", "     JK direct: "});
+  EXPECT_FALSE(direct.says("ERI precompute"));
+  EXPECT_TRUE(stored.says("     ERI precompute: "));
+  EXPECT_NEAR(direct.number("Total energy:"), stored.number("Total energy:"), 1e-9);
+}
+
+TEST(EnergyReport, ThreadsChangeNothingButTheirLine) {
+  const std::string input = "%basis cc-pVQZ\n%spherical\n%geo\nF 0 0 0\nH 0 0 0.917\n*end\n";
+  const PROGRAM_RUN_T one = run_program_in_folder(input, "OMP_NUM_THREADS=1 PROGRAM run.inp");
+  const PROGRAM_RUN_T three = run_program_in_folder(input, "OMP_NUM_THREADS=3 OMP_STACKSIZE=512k PROGRAM run.inp");
+  ASSERT_EQ(one.status, 0) << one.report;
+  ASSERT_EQ(three.status, 0) << three.report;
+  EXPECT_TRUE(one.says(" Serial execution (OpenMP: 1 thread)\n"));
+  EXPECT_TRUE(three.says(" OpenMP enabled: 3 threads\n"));
+  EXPECT_NEAR(one.number("Total energy:"), three.number("Total energy:"), 1e-9);
+}
+
+TEST(EnergyReport, UnconvergedRunsFinishWithStatusThree) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%scf_maxiter 2\n" + water_geometry);
+  EXPECT_EQ(run.status, 3);
+  expect_in_order(run, {"   *** SCF NOT converged after 2 iter",
+                        "   *** Diagnostic: ", " --- Section 7: Output & Properties ---\n", "  Zentrix run completed.\n"});
+}
+
+TEST(EnergyReport, OptionalOutput) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%print_mo\n%print_time\n%boys_cook yes\n" + water_geometry,
+                                                  "ZENTRIX_PRINT_MATRICES=1 PROGRAM run.inp");
+  ASSERT_EQ(run.status, 0) << run.report;
+  EXPECT_NEAR(run.number("     Total energy:      "), water_sto3g, 1e-7);
+  expect_in_order(run, {"S (overlap)", "T (kinetic)", "V (nuclear)", "H_core (T+V)", "   Molecular Orbital Output\n",
+                        "   Orbital energies:\n", "   MO coefficients (columns = MOs):\n", "   BF ",
+                        "  Zentrix run completed.\n", "  Stage                        Calls    Wall(s)     CPU(s)   %Wall\n",
+                        "  Input & initialization ", "  1e-integrals (S,T,V) ", "  2e-integrals (J,K) ",
+                        "  SCF iterations (*) ", "  Properties & output ", "  Total program ", "  Other / unaccounted ",
+                        "  (*) SCF time includes 2e-integrals and DFT XC contributions\n"});
+  EXPECT_TRUE(run.ends_with(std::string(90, '=') + "\n"));
+  const auto wall = [&](const std::string& label) {
+    return std::stod(run.report.substr(run.report.find("\n  " + label) + 3 + 28 + 6, 11));
+  };
+  // Section 3 builds the geometry's pair data outside the SCF row, so the integral row may reach beyond it by that little.
+  const double outermost = wall("Input & init") + wall("1e-integrals") + wall("SCF iter") + wall("Properties");
+  EXPECT_NEAR(outermost + wall("Other"), wall("Total program"), 0.05 + wall("2e-integrals")) << run.report;
+}

@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/program_run.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+const std::string water = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -0.4692\n*end\n";
+
+struct STOP_CASE_T {
+  std::string input;
+  std::string last_lines;
+};
+
+/// The run ends with these very lines and status 1, after which neither end lines nor files follow.
+void expect_stop(const STOP_CASE_T& stop) {
+  const PROGRAM_RUN_T run = run_program_in_folder(stop.input + "%print_time\n" + water);
+  EXPECT_EQ(run.status, 1) << run.report;
+  EXPECT_TRUE(run.ends_with(stop.last_lines)) << "expected at the end:\n" << stop.last_lines << "\nin\n" << run.report;
+  EXPECT_EQ(run.files, std::vector<std::string>{"run.inp"});
+}
+
+std::string missing(const std::string& feature) { return " *** ERROR: Not available in this version: " + feature + ".\n"; }
+
+}  // namespace
+
+TEST(StopReport, RequestsThatThisVersionCannotServe) {
+  const std::vector<STOP_CASE_T> stops = {
+      {"%job gradient\n", missing("%job gradient")},
+      {"%job opt+freq\n", missing("%job opt+freq")},
+      {"%job ts\n%method mp2\n", missing("%job ts")},
+      {"%method b3lyp\n", missing("density functionals (%method B3LYP)")},
+      {"%method r2scan\n", missing("density functionals (%method R2SCAN)")},
+      {"%method mp2\n", missing("%method MP2")},
+      {"%method ump2\n", missing("%method UMP2")},
+      {"%pump2\n", missing("%pump2")},
+      {"%dispersion d4\n", missing("%dispersion D4")},
+      {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
+      {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
+      {"%pcm cosmo\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
+      {"%spin uhf\n", missing("%spin unrestricted")},
+      {"%initial_guess sad\n", missing("%initial_guess sad")},
+      {"%export_mo\n", missing("%export_mo")},
+      {"%mult 3\n", missing("unrestricted SCF (open shell, multiplicity 3)")},
+  };
+  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
+}
+
+TEST(StopReport, SettingsThatSwitchSomethingOffAreServed) {
+  const PROGRAM_RUN_T run = run_program_in_folder(
+      "%dispersion none\n%solvent none\n%pcm none\n%export_mo no\n%pump2 no\n%guess core\n%spin rhf\n" + water);
+  EXPECT_EQ(run.status, 0) << run.report;
+}
+
+TEST(StopReport, EcpMoleculesStopAfterTheSummary) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%basis LANL2DZ\n%geo\nBr 0 0 0\nH 0 0 1.41\n*end\n");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(run.says("   ECP centers:                1\n")) << run.report;
+  EXPECT_TRUE(run.ends_with(missing("integrals of effective core potentials (1 centers)"))) << run.report;
+}
+
+TEST(StopReport, FatalLines) {
+  const std::vector<STOP_CASE_T> stops = {
+      {"%metod hf\n",
+       " *** ERROR: Unknown input keyword: %metod (please check spelling).\n"
+       "            Offending input line:\n              %metod hf\n            Run aborted.\n"
+       " *** FATAL: Input parsing failed, error = 1\n"},
+      {"%method tpss\n",
+       " *** ERROR: Unknown method/functional: \"TPSS\"\n     Available: HF, SVWN, SVWN3, SVWN5, BLYP, BP86, "
+       "BPW91, PBE, B3LYP, B3LYP3, B3LYP5, PBE0, R2SCAN\n"},
+      {"%basis no-such-basis\n", "     File not found.\n *** FATAL: Molecule build failed, error = 1\n"},
+      {"%charge 10\n",
+       " *** ERROR: Non-positive electron count: 0\n     Check charge and atomic numbers.\n"
+       " *** FATAL: Molecule build failed, error = 1\n"},
+  };
+  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
+}
+
+TEST(StopReport, InputFiles) {
+  const PROGRAM_RUN_T absent = run_program_in_folder("", "PROGRAM nowhere/water.inp", "");
+  EXPECT_EQ(absent.status, 1);
+  EXPECT_TRUE(
+      absent.ends_with(" Reading input from: nowhere/water.inp\n"
+                       " *** ERROR: Cannot open input file: nowhere/water.inp\n"
+                       " *** FATAL: Input parsing failed, error = 1\n"))
+      << absent.report;
+  EXPECT_TRUE(absent.files.empty());
+  const PROGRAM_RUN_T standard = run_program_in_folder("%geo\nHe 0 0 0\n*end\n", "PROGRAM", "input.dat");
+  EXPECT_EQ(standard.status, 0);
+  EXPECT_TRUE(
+      standard.says(" --- Section 1: Input & Setup ---\n Usage: zentrix <input_file>\n"
+                    " No input file specified, looking for \"input.dat\"...\n Reading input from: input.dat\n"))
+      << standard.report;
+}
+
+TEST(StopReport, HelpAndVersionAnswerWithoutARun) {
+  const PROGRAM_RUN_T help = run_program_in_folder("", "PROGRAM --help", "");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_TRUE(help.says("Usage: zentrix"));
+  EXPECT_FALSE(help.says("Section"));
+  const PROGRAM_RUN_T version = run_program_in_folder("", "PROGRAM --version", "");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.report, "zentrix 0.82.1 (2026-06-07)\n");
+}
+
+TEST(StopReport, SignalsTellWhereTheRunStood) {
+  // The reader of the pipe sends the signal once the first row of the iteration table is there: a line must reach it at
+  // once.
+  const std::string input = "%basis cc-pVQZ\n%eri_memory_limit_mb 1\n" + water;
+  for (const auto& [name, status] : {std::pair{"INT", 130}, std::pair{"TERM", 143}}) {
+    const std::string command = std::string(
+                                    "mkfifo pipe; PROGRAM run.inp > pipe & program=$!; while read -r line; do "
+                                    "echo \"$line\"; case \"$line\" in 1\\ *yes|1\\ *no) kill -s ") +
+                                name + " $program;; esac; done < pipe; wait $program";
+    const PROGRAM_RUN_T run = run_program_in_folder(input, "bash -c '" + command + "'");
+    EXPECT_EQ(run.status, status) << run.report;
+    EXPECT_TRUE(run.ends_with(std::string("*** Run stopped by SIG") + name + " during Section 3 (SCF).\n")) << run.report;
+  }
+}
+
+TEST(StopReport, AReportThatCannotBeWrittenIsAnError) {
+  const PROGRAM_RUN_T run = run_program_in_folder(water, "PROGRAM run.inp > /dev/full");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.report, " *** ERROR: The report could not be written in full.\n");
+}
