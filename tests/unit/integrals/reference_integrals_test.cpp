@@ -83,7 +83,9 @@ TEST(CARTESIAN, PowersIndicesAndFunctionsBelongTogether) {
 }
 
 TEST(ONE_ELECTRON, AgreesWithIndependentIntegrals) {
-  for (const auto& record : reference("integrals.json")["one_electron"]) {
+  const nlohmann::json all = reference("integrals.json");
+  ASSERT_GE(all["one_electron"].size(), 4U);
+  for (const auto& record : all["one_electron"]) {
     SCOPED_TRACE(record["name"].get<std::string>());
     const MOLECULE_T molecule = molecule_of(record);
     const auto one = INTEGRALS_1E::one_electron_matrices(molecule);
@@ -97,7 +99,7 @@ TEST(ONE_ELECTRON, AgreesWithIndependentIntegrals) {
         for (Eigen::Index j = 0; j <= i; ++j, ++k) {
           const double value = expected[k];
           ASSERT_NEAR((*matrix)(i, j), value, 1e-12 * std::max(1.0, std::abs(value))) << label << " " << i << " " << j;
-          ASSERT_EQ((*matrix)(i, j), (*matrix)(j, i));
+          ASSERT_NEAR((*matrix)(i, j), (*matrix)(j, i), 1e-13);
         }
       }
     }
@@ -105,7 +107,7 @@ TEST(ONE_ELECTRON, AgreesWithIndependentIntegrals) {
 }
 
 TEST(ONE_ELECTRON, DipoleMovesWithItsOriginByTheOverlap) {
-  const MOLECULE_T molecule = molecule_of(reference("integrals.json")["one_electron"][1]);
+  const MOLECULE_T molecule = molecule_of(nlohmann::json(reference("integrals.json")["one_electron"][1]));
   const auto shifted = INTEGRALS_1E::dipole(molecule, {0.3, -0.2, 0.7});
   const auto about_zero = INTEGRALS_1E::dipole(molecule);
   EXPECT_LT((shifted[1] - about_zero[1] - 0.2 * INTEGRALS_1E::overlap(molecule)).cwiseAbs().maxCoeff(), 1e-13);
@@ -145,7 +147,9 @@ void normalise_block(const QUARTET_T& q, std::vector<double>& block) {
 }
 
 TEST(REFERENCE_ERI, AgreesWithIndependentIntegralsClassByClass) {
-  for (const auto& record : reference("integrals.json")["quartets"]) {
+  const nlohmann::json all = reference("integrals.json");
+  ASSERT_GT(all["quartets"].size(), 200U);
+  for (const auto& record : all["quartets"]) {
     const QUARTET_T q = quartet_of(record);
     std::vector<double> block = block_of(q);
     normalise_block(q, block);
@@ -163,7 +167,7 @@ TEST(REFERENCE_ERI, AgreesWithIndependentIntegralsClassByClass) {
 }
 
 TEST(REFERENCE_ERI, ContractionIsTheSumOfItsPrimitives) {
-  const QUARTET_T q = quartet_of(reference("integrals.json")["quartets"].back());
+  const QUARTET_T q = quartet_of(nlohmann::json(reference("integrals.json")["quartets"].back()));
   std::vector<double> sum(block_of(q).size(), 0.0);
   std::vector<double> part;
   for (int n = 0; n < 16; ++n) {
@@ -205,7 +209,7 @@ TEST(REFERENCE_ERI, DerivativesAreThoseOfTheIntegralsAndVanishTogether) {
 }
 
 TEST(REFERENCE_ERI, RefusesUnsoundShellsBeforeAnythingElse) {
-  QUARTET_T q = quartet_of(reference("integrals.json")["quartets"].back());
+  QUARTET_T q = quartet_of(nlohmann::json(reference("integrals.json")["quartets"].back()));
   q.shells[2].shell.l = 6;
   try {
     block_of(q);
