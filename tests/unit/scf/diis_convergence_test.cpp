@@ -1,0 +1,169 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "scf/convergence.hpp"
+#include "scf/diis.hpp"
+#include "scf/scf_report.hpp"
+#include "support/molecules.hpp"
+
+// DIIS subspace rules, the convergence test, and what a run of the loop must do with its settings.
+
+namespace {
+
+using namespace zentrix;
+using namespace zentrix::SCF;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+MATRIX matrix_of(double a, double b, double c) {
+  MATRIX m(2, 2);
+  m << a, b, b, c;
+  return m;
+}
+
+TEST(DIIS, FindsTheCombinationWhoseErrorVanishes) {
+  // Errors e1 = (1, 0), e2 = (-3, 0): the weights 3/4 and 1/4 cancel them.
+  DIIS_T diis(1e10);
+  diis.push({matrix_of(1, 0, 2)}, {matrix_of(1, 0, 0)});
+  SPIN_MATRICES_T fock = {matrix_of(5, 0, 6)};
+  EXPECT_FALSE(diis.extrapolate(fock).extrapolated);
+  EXPECT_EQ(fock[0](0, 0), 5.0);
+  diis.push(fock, {matrix_of(-3, 0, 0)});
+  // Parallel errors make B singular but not the bordered system.
+  const auto outcome = diis.extrapolate(fock);
+  EXPECT_TRUE(outcome.extrapolated);
+  EXPECT_NEAR(fock[0](0, 0), 0.75 * 1 + 0.25 * 5, 1e-12);
+  EXPECT_NEAR(fock[0](1, 1), 0.75 * 2 + 0.25 * 6, 1e-12);
+}
+
+TEST(DIIS, SpinChannelsShareOneSetOfWeights) {
+  DIIS_T diis(1e10);
+  diis.push({matrix_of(1, 0, 0), matrix_of(10, 0, 0)}, {matrix_of(1, 0, 0), matrix_of(0, 0, 0)});
+  diis.push({matrix_of(2, 0, 0), matrix_of(20, 0, 0)}, {matrix_of(0, 0, 0), matrix_of(0, 0, 1)});
+  SPIN_MATRICES_T fock = {matrix_of(2, 0, 0), matrix_of(20, 0, 0)};
+  ASSERT_TRUE(diis.extrapolate(fock).extrapolated);
+  EXPECT_NEAR(fock[0](0, 0), 1.5, 1e-12);
+  EXPECT_NEAR(fock[1](0, 0), 15.0, 1e-12);
+}
+
+TEST(DIIS, KeepsEightEntriesAndPrunesAtMostSix) {
+  DIIS_T diis(1.0000001);  // no subspace of two or more is as well conditioned as this
+  for (int n = 0; n < 11; ++n) diis.push({matrix_of(n, 0, 1)}, {matrix_of(1.0 + n, 0.3 * n, 2.0)});
+  EXPECT_EQ(diis.size(), 8);
+  EXPECT_NEAR(diis.bordered_matrix()(0, 0), 4.0 * 4.0 + 2 * 0.9 * 0.9 + 4.0, 1e-12);  // entry 3 is the oldest
+  SPIN_MATRICES_T fock = {matrix_of(10, 0, 1)};
+  const auto outcome = diis.extrapolate(fock);
+  EXPECT_EQ(outcome.pruned, 6);
+  EXPECT_EQ(diis.size(), 2);
+  EXPECT_TRUE(outcome.extrapolated);
+
+  DIIS_T two(1.0000001);
+  two.push({matrix_of(1, 0, 1)}, {matrix_of(1, 0, 0)});
+  two.push({matrix_of(2, 0, 1)}, {matrix_of(2, 0, 0)});
+  EXPECT_EQ(two.extrapolate(fock).pruned, 1);
+  EXPECT_EQ(two.size(), 1);
+}
+
+TEST(CONVERGENCE, CountsConsecutiveIterationsAfterTheFirstFew) {
+  SCF_OBSERVER_T silent;
+  SCF_SETTINGS_T settings;
+  CONVERGENCE_T test;
+  SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 1e-9, .density_change = 1e-7, .gradient = 1e-6};
+  int iterations = 0;
+  while (!test.test(row, settings, silent)) row.iteration = ++iterations;
+  EXPECT_EQ(row.iteration, 7);
+
+  CONVERGENCE_T interrupted;
+  for (int i = 1; i <= 6; ++i) {
+    row.iteration = i;
+    EXPECT_FALSE(interrupted.test(row, settings, silent));
+  }
+  row.density_change = 1e-5;
+  row.iteration = 7;
+  EXPECT_FALSE(interrupted.test(row, settings, silent));
+  row.density_change = 1e-7;
+  row.iteration = 8;
+  EXPECT_FALSE(interrupted.test(row, settings, silent));
+  row.iteration = 9;
+  EXPECT_TRUE(interrupted.test(row, settings, silent));
+}
+
+struct RUN_T {
+  SCF_RESULT_T result;
+  std::string report;
+};
+
+RUN_T run(const std::string& geometry_lines, const std::string& basis, const SCF_SETTINGS_T& settings,
+          bool two_channels = false) {
+  MOLECULE_T molecule = TESTS::sample_molecule(geometry_lines, basis);
+  molecule.unrestricted = two_channels;
+  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
+  std::ostringstream report;
+  SCF_PRINTER_T printer(report);
+  RUN_T out;
+  out.result = run_scf(geometry, hartree_fock_terms(geometry), settings, {}, printer);
+  out.report = report.str();
+  return out;
+}
+
+TEST(SCF_LOOP, OneAndTwoChannelsAgreeForAClosedShell) {
+  const RUN_T one = run(TESTS::water, "6-31G*", {});
+  const RUN_T two = run(TESTS::water, "6-31G*", {}, true);
+  EXPECT_NEAR(one.result.energy.total(), two.result.energy.total(), 1e-9);
+  EXPECT_LT((one.result.total_density() - two.result.total_density()).cwiseAbs().maxCoeff(), 1e-5);
+  EXPECT_EQ(one.result.iterations, two.result.iterations);
+}
+
+TEST(SCF_LOOP, ShiftAndDampingChangeTheRoadAndNotTheGoal) {
+  const double energy = run(TESTS::formaldehyde, "6-31G", {}).result.energy.total();
+  SCF_SETTINGS_T settings;
+  settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::fixed;
+  settings.level_shift = 0.3;
+  const RUN_T shifted = run(TESTS::formaldehyde, "6-31G", settings);
+  EXPECT_TRUE(shifted.result.converged);
+  EXPECT_NEAR(shifted.result.energy.total(), energy, 1e-7);
+  EXPECT_THAT(shifted.report, HasSubstr("   Level shift enabled: 0.3 Hartree (fixed)"));
+  // The virtual energies are told without the shift.
+  const VECTOR plain = run(TESTS::formaldehyde, "6-31G", {}).result.channels[0].energies;
+  EXPECT_LT((shifted.result.channels[0].energies - plain).cwiseAbs().maxCoeff(), 1e-4);
+  const RUN_T reference = run(TESTS::hydrogen_fluoride, "6-31G", {});
+  settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::off;
+  settings.diis = false;
+  settings.damping = 0.4;
+  const RUN_T damped = run(TESTS::hydrogen_fluoride, "6-31G", settings);
+  EXPECT_TRUE(damped.result.converged);
+  EXPECT_THAT(damped.report, Not(HasSubstr("    yes\n")));
+  EXPECT_NEAR(damped.result.energy.total(), reference.result.energy.total(), 1e-6);
+}
+
+TEST(SCF_LOOP, AutomaticShiftComesOnceAfterAHundredIterations) {
+  SCF_SETTINGS_T settings;
+  settings.energy_tolerance = 0.0;  // never converges
+  settings.max_iterations = 105;
+  const RUN_T never = run(TESTS::hydrogen_fluoride, "STO-3G", settings);
+  EXPECT_FALSE(never.result.converged);
+  const std::string line =
+      "   *** AUTO level shift activated after 100 non-converged iterations: applying 0.2 Ha for remaining iters\n";
+  const auto first = never.report.find(line);
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_EQ(never.report.find(line, first + 1), std::string::npos);
+  EXPECT_EQ(never.report.compare(first + line.size(), 8, "     101"), 0);
+  EXPECT_THAT(never.report, HasSubstr("   *** SCF NOT converged after 105 iter  (dE="));
+  EXPECT_THAT(never.report, HasSubstr("   ***     - %level_shift 0.4  (AUTO already tried 0.2 Ha)\n"));
+}
+
+TEST(SCF_LOOP, StartsFromAGivenDensity) {
+  const MOLECULE_T molecule = TESTS::sample_molecule(TESTS::water, "6-31G*");
+  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
+  SCF_OBSERVER_T silent;
+  const SCF_RESULT_T first = run_scf(geometry, hartree_fock_terms(geometry), {}, {}, silent);
+  SCF_SETTINGS_T settings;
+  settings.max_iterations = 1;
+  const SCF_RESULT_T again =
+      run_scf(geometry, hartree_fock_terms(geometry), settings, {{first.channels[0].density}, "previous density"}, silent);
+  EXPECT_NEAR(again.energy.total(), first.energy.total(), 1e-9);
+}
+
+}  // namespace
