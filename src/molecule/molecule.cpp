@@ -194,9 +194,9 @@ int build_molecule(const INPUT_DATA_T& input, MOLECULE_T& molecule, std::ostream
 }
 
 int normalize_shell(SHELL_T& shell, std::ostream& report) {
-  const std::string fault = shell_fault(shell);
-  if (!fault.empty()) {
-    fmt::print(report, "FATAL [normalize_shell]: {}\n", fault);
+  const SHELL_FAULT_T fault = shell_fault(shell);
+  if (!fault.detail.empty()) {
+    fmt::print(report, "FATAL [normalize_shell]: {}\n{}\n", fault.detail, fault.stop_text);
     return 1;
   }
   const auto n = static_cast<std::size_t>(shell.nprim);

@@ -215,7 +215,7 @@ TEST(REFERENCE_ERI, RefusesUnsoundShellsBeforeAnythingElse) {
     block_of(q);
     FAIL() << "an i shell was accepted";
   } catch (const run_stopped& stop) {
-    EXPECT_STREQ(stop.what(), "FATAL [compute_eri_contracted]: l exceeds LMAX = 5");
+    EXPECT_STREQ(stop.what(), "FATAL [compute_eri_contracted]: l exceeds LMAX = 5\nangular momentum exceeds LMAX");
   }
 }
 
