@@ -15,7 +15,7 @@ JOBS     ?= $(shell nproc)
 CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=Release
 
 # The sanitizers run with what meets text from outside and with one whole calculation of every kind the report tests know.
-SANITIZED_TARGETS = zentrix test_input test_molecule test_report test_dft test_driver test_reports
+SANITIZED_TARGETS = zentrix test_input test_molecule test_report test_dft test_driver test_reports fuzz_readers
 SANITIZED_LABELS  = ^(input|molecule|report|dft|driver|reports|fuzz)$$
 
 .PHONY: all run test test-release test-sanitize bench install format tidy clean packages test-packages bench-packages

@@ -1,8 +1,6 @@
 #include "molecule/basis_file.hpp"
 
 #include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <cmath>
 #include <fstream>
 #include <optional>
@@ -10,6 +8,7 @@
 
 #include "constants/elements.hpp"
 #include "constants/limits.hpp"
+#include "input/text.hpp"
 
 namespace zentrix {
 namespace {
@@ -18,37 +17,12 @@ constexpr std::string_view shell_letters = "SPDFGHI";
 /// No published contraction is this long; a larger count is a damaged file.
 constexpr int largest_contraction = 1000;
 
+using INPUT_PARSER::read_integer;
+using INPUT_PARSER::read_real;
+
 std::vector<std::string> words(const std::string& line) {
-  constexpr std::string_view blanks = " \t\r\f\v";
-  std::vector<std::string> found;
-  for (std::size_t start = line.find_first_not_of(blanks); start != std::string::npos;) {
-    const std::size_t end = std::min(line.find_first_of(blanks, start), line.size());
-    found.push_back(line.substr(start, end - start));
-    start = line.find_first_not_of(blanks, end);
-  }
-  return found;
-}
-
-std::optional<double> real(std::string word) {
-  std::replace(word.begin(), word.end(), 'D', 'e');
-  std::replace(word.begin(), word.end(), 'd', 'e');
-  const char* first = word.data() + (word.size() > 1 && word[0] == '+' ? 1 : 0);
-  double value = 0.0;
-  const auto [end, error] = std::from_chars(first, word.data() + word.size(), value);
-  if (error != std::errc{} || end != word.data() + word.size() || !std::isfinite(value)) return std::nullopt;
-  return value;
-}
-
-std::optional<int> integer(const std::string& word) {
-  int value = 0;
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-  if (error != std::errc{} || end != word.data() + word.size()) return std::nullopt;
-  return value;
-}
-
-std::string upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return text;
+  const auto found = INPUT_PARSER::words(line);
+  return {found.begin(), found.end()};
 }
 
 /// Next line that is neither empty nor a comment, as words; none at the end of the file.
@@ -84,12 +58,13 @@ bool read_primitives(std::istream& file, int nprim, double scale, std::vector<SH
   for (int k = 0; k < nprim; ++k) {
     const auto line = next_words(file);
     if (!line || line->size() < 1 + columns.size()) return false;
-    const auto exponent = real((*line)[0]);
-    if (!exponent || *exponent <= 0.0) return false;
+    const auto exponent = read_real((*line)[0]);
+    const double scaled = exponent.value_or(0.0) * scale * scale;
+    if (!(scaled > 0.0) || !std::isfinite(scaled)) return false;
     for (std::size_t c = 0; c < columns.size(); ++c) {
-      const auto coefficient = real((*line)[c + 1]);
+      const auto coefficient = read_real((*line)[c + 1]);
       if (!coefficient) return false;
-      columns[c]->alpha.push_back(*exponent * scale * scale);
+      columns[c]->alpha.push_back(scaled);
       columns[c]->coeff.push_back(*coefficient);
     }
   }
@@ -97,9 +72,9 @@ bool read_primitives(std::istream& file, int nprim, double scale, std::vector<SH
 }
 
 DATA_STATUS read_shell(std::istream& file, const std::vector<std::string>& header, ELEMENT_BASIS_T& basis) {
-  const std::string type = upper(header[0]);
-  const auto nprim = header.size() > 1 ? integer(header[1]) : std::nullopt;
-  const auto scale = header.size() > 2 ? real(header[2]) : std::optional<double>(1.0);
+  const std::string type = INPUT_PARSER::upper(header[0]);
+  const auto nprim = header.size() > 1 ? read_integer(header[1]) : std::nullopt;
+  const auto scale = header.size() > 2 ? read_real(header[2]) : std::optional<double>(1.0);
   if (!nprim || *nprim < 1 || *nprim > largest_contraction || !scale || *scale <= 0.0) return DATA_STATUS::parse_error;
   std::vector<int> momenta;
   if (type == "SP") {
@@ -129,14 +104,14 @@ DATA_STATUS read_shell(std::istream& file, const std::vector<std::string>& heade
 bool read_terms(std::istream& file, std::vector<ECP_TERM_T>& terms) {
   const auto title = next_words(file);
   const auto count_line = title && !is_separator(*title) ? next_words(file) : std::nullopt;
-  const auto count = count_line ? integer((*count_line)[0]) : std::nullopt;
+  const auto count = count_line ? read_integer((*count_line)[0]) : std::nullopt;
   if (!count || *count < 0 || *count > largest_contraction) return false;
   for (int k = 0; k < *count; ++k) {
     const auto line = next_words(file);
     if (!line || line->size() < 3) return false;
-    const auto n = integer((*line)[0]);
-    const auto exponent = real((*line)[1]);
-    const auto coefficient = real((*line)[2]);
+    const auto n = read_integer((*line)[0]);
+    const auto exponent = read_real((*line)[1]);
+    const auto coefficient = read_real((*line)[2]);
     if (!n || *n < 0 || *n > 10 || !exponent || *exponent <= 0.0 || !coefficient) return false;
     terms.push_back({*n, *exponent, *coefficient});
   }
@@ -168,8 +143,8 @@ DATA_STATUS read_ecp(std::istream& file, int z, ECP_T& ecp) {
   if (find_element(file, z) != DATA_STATUS::ok) return DATA_STATUS::no_element;
   const auto header = next_words(file);
   if (!header || header->size() < 3) return DATA_STATUS::parse_error;
-  const auto l_max = integer((*header)[1]);
-  const auto n_core = integer((*header)[2]);
+  const auto l_max = read_integer((*header)[1]);
+  const auto n_core = read_integer((*header)[2]);
   if (!l_max || *l_max < 0 || *l_max > LMAX_WORK || !n_core || *n_core < 0 || *n_core >= z) return DATA_STATUS::parse_error;
   ecp.l_max = *l_max;
   ecp.n_core = *n_core;

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -123,7 +124,7 @@ TEST(Keywords, RefusedValuesQuoteTheLineAndWhatIsAccepted) {
   };
   for (const auto& [line, valid] : cases) {
     const std::string keyword = std::string(line).substr(1, std::string(line).find(' ') - 1);
-    const auto result = parse("\n  " + std::string(line) + "   ! why\n" + helium);
+    const auto result = parse(fmt::format("\n  {}   ! why\n{}", line, helium));
     EXPECT_EQ(result.error, 1);
     EXPECT_EQ(result.report,
               " *** ERROR: Invalid value for %" + keyword +
@@ -138,7 +139,7 @@ TEST(Keywords, MissingValuesAndUnknownKeywords) {
             "            Offending input line:\n              %Charge\n"
             "            Valid: expected: integer (e.g. 0, +1, -1)\n            Run aborted.\n");
   for (const char* word : {"methd", "geom_steps", "scan_points", "constrain_bonds", "basis=STO-3G"}) {
-    const std::string line = "%" + std::string(word) + " hf";
+    const std::string line = fmt::format("%{} hf", word);
     EXPECT_EQ(parse(line + "\n%another fault\n").report,
               " *** ERROR: Unknown input keyword: %" + std::string(word) +
                   " (please check spelling).\n            Offending input line:\n              " + line +
