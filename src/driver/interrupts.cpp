@@ -1,7 +1,7 @@
 #include "driver/interrupts.hpp"
 
-#include <signal.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <atomic>
 #include <cstring>
