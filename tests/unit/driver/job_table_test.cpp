@@ -20,7 +20,7 @@ TEST(JobTable, EveryJobWordHasARowAndIsEitherWalkedOrRefused) {
     const std::string word = words.substr(0, bar);
     words = bar == std::string::npos ? "" : words.substr(bar + 3);
     INPUT_PARSER::INPUT_DATA_T input;
-    ASSERT_TRUE(keyword->set(input, word)) << word;
+    ASSERT_TRUE(keyword->value.set(input, word)) << word;
     const JOB_ROW_T& row = job_row(input.job);
     EXPECT_EQ(row.job, input.job);
     DFT::FUNCTIONAL_T hartree_fock;
