@@ -85,7 +85,7 @@ TEST(StopReport, InputFiles) {
   EXPECT_EQ(absent.status, 1);
   EXPECT_TRUE(
       absent.ends_with(" Reading input from: nowhere/water.inp\n"
-                       " *** ERROR: Cannot open input file: nowhere/water.inp\n"
+                       " *** ERROR: Cannot open input file: nowhere/water.inp\n            Run aborted.\n"
                        " *** FATAL: Input parsing failed, error = 1\n"))
       << absent.report;
   EXPECT_TRUE(absent.files.empty());
