@@ -60,17 +60,16 @@ def package_set(name):
     return {int(z): (shells_of(e), e if "ecp_potentials" in e else None) for z, e in data.items() if int(z) <= MAX_Z}
 
 
-def key(shell):
-    return shell[0], tuple(float(x) for x in shell[1])
+def same_shell(one, other):
+    """Same kind and the same exponents; printings of one set differ in the number of digits kept."""
+    return one[0] == other[0] and len(one[1]) == len(other[1]) and all(
+        abs(float(x) - float(y)) < 1e-4 * float(y) for x, y in zip(one[1], other[1]))
 
 
 def difference(larger, smaller):
     """{Z: shells of the larger set that the smaller one lacks}."""
-    result = {}
-    for z in larger.keys() & smaller.keys():
-        have = {key(s) for s in smaller[z][0]}
-        result[z] = [s for s in larger[z][0] if key(s) not in have]
-    return result
+    return {z: [s for s in larger[z][0] if not any(same_shell(s, t) for t in smaller[z][0])]
+            for z in larger.keys() & smaller.keys()}
 
 
 def only(shells, momenta):
@@ -105,19 +104,25 @@ def family(stem, base, diffuse, heavy, hydrogen):
 def split_valence_families():
     g = package_set
     base = g("6-31G")
-    two = only(difference(g("6-31G(2df,p)"), base), (2, 3))
-    three = difference(g("6-31G(3df,3pd)"), base)
-    heavy = {"": {}, "d": difference(g("6-31G*"), base), "2d": only(two, (2,)), "2df": two, "3d": only(three, (2,)),
-             "3df": three}
-    hydrogen = {"": {}, "p": difference(g("6-31G**"), base), "3p": only(three, (1,)), "3pd": three}
+    # Polarisation alone: some of the larger sets of the package carry an older printing of the valence shells of Li to B.
+    single = only(difference(g("6-31G**"), base), (1, 2, 3))
+    two = only(difference(g("6-31G(2df,p)"), base), (1, 2, 3))
+    three = only(difference(g("6-31G(3df,3pd)"), base), (1, 2, 3))
+    heavy = {"": {}, "d": single, "2d": only(two, (2,)), "df": joined(only(single, (2,)), only(two, (3,))),
+             "2df": only(two, (2, 3)), "3d": only(three, (2,)), "3df": only(three, (2, 3))}
+    # The package gives its 6-31G(2df,p) the two p functions on hydrogen that belong to the 2p sets.
+    hydrogen = {"": {}, "p": only(single, (1,)), "2p": only(two, (1,)), "pd": joined(only(single, (1,)), only(three, (2,))),
+                "2pd": joined(only(two, (1,)), only(three, (2,))), "3p": only(three, (1,)), "3pd": only(three, (1, 2))}
     diffuse = {"": {}, "+": difference(g("6-31+G"), base), "++": difference(g("6-31++G"), base)}
     sets = family("6-31", base, diffuse, heavy, hydrogen)
 
     base = g("6-311G")
     single = difference(g("6-311G**"), base)
     two = difference(g("6-311++G(2d,2p)"), g("6-311++G"))
-    large = difference(g("6-311G(2df,2pd)"), base)
     three = difference(g("6-311++G(3df,3pd)"), g("6-311++G"))
+    large = difference(g("6-311G(2df,2pd)"), base)
+    # The package stops its 2df set at neon; the f function is that of the 3df set in every row.
+    large = {**joined(only(two, (2,)), only(three, (3,))), **large}
     heavy = {"": {}, "d": single, "2d": two, "df": joined(single, only(large, (3,))), "2df": large, "3d": only(three, (2,)),
              "3df": three}
     hydrogen = {"": {}, "p": single, "2p": two, "pd": joined(single, only(large, (2,))), "2pd": large, "3p": only(three, (1,)),
@@ -126,9 +131,8 @@ def split_valence_families():
     sets.update(family("6-311", base, diffuse, heavy, hydrogen))
 
     for name in ("6-31G", "6-31+G", "6-31++G", "6-31G*", "6-31G**", "6-31+G*", "6-31+G**", "6-31++G*", "6-31++G**",
-                 "6-31G(2df,p)", "6-31G(3df,3pd)", "6-311G", "6-311+G", "6-311++G", "6-311G*", "6-311G**", "6-311+G*",
-                 "6-311+G**", "6-311++G*", "6-311++G**", "6-311+G(2d,p)", "6-311++G(2d,2p)", "6-311++G(3df,3pd)",
-                 "6-311G(2df,2pd)"):
+                 "6-31G(3df,3pd)", "6-311G", "6-311+G", "6-311++G", "6-311G*", "6-311G**", "6-311+G*",
+                 "6-311+G**", "6-311++G*", "6-311++G**", "6-311+G(2d,p)", "6-311++G(2d,2p)", "6-311++G(3df,3pd)"):
         sets[name] = g(name)  # as published, for every element the package has
     return sets
 

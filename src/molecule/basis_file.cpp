@@ -39,6 +39,7 @@ bool is_separator(const std::vector<std::string>& line) { return line[0].compare
 
 /// Moves to the block of element z: the first words after a separator name the element.
 DATA_STATUS find_element(std::istream& file, int z) {
+  if (z < 1) return DATA_STATUS::no_element;
   bool at_block_start = true;
   for (std::string line; std::getline(file, line);) {
     if (line.compare(0, 4, "****") == 0) {

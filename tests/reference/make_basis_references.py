@@ -10,7 +10,7 @@ import json
 
 import basis_set_exchange as bse
 
-NAMES = ["STO-3G", "STO-6G", "3-21G", "4-31G", "6-31G", "6-31G*", "6-31G**", "6-31+G*", "6-31++G**", "6-31G(2df,p)", "6-31G(3df,3pd)",
+NAMES = ["STO-3G", "STO-6G", "3-21G", "4-31G", "6-31G", "6-31G*", "6-31G**", "6-31+G*", "6-31++G**", "6-31G(3df,3pd)",
          "6-311G", "6-311G**", "6-311+G(2d,p)", "6-311++G(2d,2p)", "6-311++G(3df,3pd)", "6-311G(2df,2pd)", "MINI", "MIDI", "MIDI!",
          "cc-pVDZ", "cc-pVTZ", "cc-pVQZ", "aug-cc-pVDZ", "aug-cc-pVTZ", "aug-cc-pVQZ", "cc-pVDZ-PP", "cc-pVTZ-PP", "cc-pVQZ-PP",
          "def2-SV(P)", "def2-SVP", "def2-TZVP", "def2-TZVPP", "def2-QZVP", "def2-QZVPP", "def2-SVPD", "def2-TZVPD", "pc-1", "pc-2",

@@ -2,10 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
+#include "constants/limits.hpp"
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
 #include "support/molecules.hpp"
+#include "support/temporary_folder.hpp"
 
 // From the input record to the molecule: counts, messages, normalisation.
 
@@ -13,6 +17,7 @@ namespace {
 
 using namespace zentrix;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 struct BUILT_T {
   int error = 0;
@@ -76,6 +81,32 @@ TEST(MOLECULE, BasisFailuresNameFileAndReason) {
       build(TESTS::sample_input("Zn 0 0 0\n", "aug-cc-pVQZ")).report,
       HasSubstr(" *** ERROR: basis-set angular momentum exceeds the supported limit.\n     Element Zn: shell type \"H\" has "
                 "L = 5\n     but Zentrix is compiled for L_max = 4 (g-functions).\n"));
+}
+
+TEST(MOLECULE, DamagedDataStopsTheBuildWithItsReason) {
+  const TEMPORARY_FOLDER folder;
+  std::filesystem::create_directory(folder.path() / "basis_data");
+  const auto write = [&folder](const char* name, const std::string& text) {
+    std::ofstream(folder.path() / "basis_data" / name) << text;
+  };
+  write("torn.dat", "****\nH 0\nS 3 1.00\n 1.0 1.0\n");
+  write("opposite.dat", "****\nH 0\nS 2 1.00\n 1.0 1.0\n 1.0 -1.0\n****\n");
+  write("sound.dat", "****\nNa 0\nS 1 1.00\n 1.0 1.0\n****\n");
+  write("sound_ecp.dat", "****\nNa 0\nNA-ECP 1 10\np potential\n 1\n1 2.0\n****\n");
+  std::filesystem::create_directory(folder.path() / "basis_data" / "folder.dat");
+  setenv("ZENTRIX", folder.path().c_str(), 1);
+  const std::string root = folder.path().string() + "/basis_data/";
+  const auto report = [](const char* element, const char* basis) {
+    const BUILT_T built = build(TESTS::sample_input(std::string(element) + " 0 0 0\n", basis, {0, 2, false}));
+    EXPECT_NE(built.error, 0);
+    return built.report;
+  };
+  EXPECT_EQ(report("H", "Torn"),
+            " *** ERROR: Cannot load basis for Z=1 from " + root + "torn.dat\n     Parse error in basis file.\n");
+  EXPECT_THAT(report("H", "folder"), HasSubstr("folder.dat\n     File not found.\n"));
+  EXPECT_THAT(report("H", "opposite"), ::testing::StartsWith("FATAL [normalize_shell]: "));
+  EXPECT_EQ(report("Na", "sound"), " *** ERROR loading ECP for Z=11 from " + root + "sound_ecp.dat\n");
+  unsetenv("ZENTRIX");
 }
 
 TEST(MOLECULE, PotentialsReduceChargesAndCanBeSwitchedOff) {
@@ -142,6 +173,57 @@ TEST(SHELL_VALIDATION, ExaminesInOrderAndNamesTheRoutine) {
   EXPECT_EQ(message(), "FATAL [compute_eri_contracted]: alpha(2) <= 0: -2\nnon-positive exponent");
   shell.alpha[1] = 2.0;
   EXPECT_EQ(message(), "");
+}
+
+TEST(MOLECULE, ClosedShellKeepsTheTreatmentAskedFor) {
+  auto input = TESTS::sample_input(TESTS::water, "STO-3G");
+  input.unrestricted = true;
+  const BUILT_T built = build(input);
+  EXPECT_TRUE(built.molecule.unrestricted);
+  EXPECT_THAT(built.report, Not(HasSubstr("NOTE")));
+  EXPECT_THAT(built.report, HasSubstr("   Molecule built successfully.\n"));
+}
+
+/// A shell of x^l with any mixture of exponents, very tight and very diffuse ones included, ends with norm 1 whatever the
+/// scale of its coefficients was.
+TEST(MOLECULE, NormalisationForgetsTheScaleOfTheCoefficients) {
+  for (int l = 0; l <= LMAX; ++l) {
+    SHELL_T shell{0, l, 3, {1e8, 1.0, 1e-4}, {0.2, 0.5, 0.7}, 0, 0};
+    SHELL_T scaled = shell;
+    for (double& c : scaled.coeff) c *= 1e-3;
+    std::ostringstream report;
+    ASSERT_EQ(normalize_shell(shell, report), 0);
+    ASSERT_EQ(normalize_shell(scaled, report), 0);
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(scaled.coeff[k] / shell.coeff[k], 1.0, 1e-13) << l;
+  }
+  SHELL_T broken{0, 1, 1, {-3.0}, {1.0}, 0, 0};
+  std::ostringstream report;
+  EXPECT_NE(normalize_shell(broken, report), 0);
+  EXPECT_EQ(report.str(), "FATAL [normalize_shell]: alpha(1) <= 0: -3\nnon-positive exponent\n");
+}
+
+TEST(MOLECULE, FrozenCoreChangesAtTheNobleGases) {
+  const int counts[][2] = {{2, 0},  {3, 1},   {10, 1},  {11, 5},  {18, 5}, {19, 9},
+                           {36, 9}, {37, 18}, {54, 18}, {55, 27}, {87, 43}};
+  for (const auto& [z, expected] : counts) {
+    MOLECULE_T molecule;
+    molecule.atoms.resize(2);
+    molecule.atoms[0].z = z;
+    molecule.atoms[1].z = z;
+    EXPECT_EQ(automatic_frozen_core(molecule), 2 * expected) << z;
+    molecule.atoms[1].ghost = true;
+    EXPECT_EQ(automatic_frozen_core(molecule), expected) << z;
+  }
+}
+
+TEST(MOLECULE, SummaryNumbersShellsAndFunctionsFromOne) {
+  std::ostringstream report;
+  print_molecule_summary(TESTS::sample_molecule(TESTS::water, "6-31G*", {.spherical = true}), report);
+  const std::string text = report.str();
+  EXPECT_THAT(text, HasSubstr("   Number of shells:          10\n   Number of basis fns:       18\n"));
+  EXPECT_THAT(text, HasSubstr("   Primitive Gaussians:       36\n   Spherical basis fns:       18\n"));
+  EXPECT_THAT(text, HasSubstr("       6     1  d      1    5         10\n"));
+  EXPECT_THAT(text, HasSubstr("      10     3  s      1    1         18\n"));
 }
 
 TEST(MOLECULE, NuclearRepulsionAndGhosts) {
