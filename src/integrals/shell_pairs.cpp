@@ -142,8 +142,10 @@ std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array
       pair.prefactor = a.coeff[m] * b.coeff[n] * std::exp(-x * y / p * r2) * constant / p;
       list.push_back(pair);
     }
-  std::stable_sort(list.begin(), list.end(), [](const PRIMITIVE_PAIR_T& x, const PRIMITIVE_PAIR_T& y) {
-    return std::abs(x.prefactor) > std::abs(y.prefactor);
+  // Not stable_sort: the library's scratch buffer knows nothing of the record's alignment.
+  std::sort(list.begin(), list.end(), [](const PRIMITIVE_PAIR_T& x, const PRIMITIVE_PAIR_T& y) {
+    if (std::abs(x.prefactor) != std::abs(y.prefactor)) return std::abs(x.prefactor) > std::abs(y.prefactor);
+    return x.exponent > y.exponent;
   });
   return list;
 }
