@@ -7,6 +7,7 @@
 
 #include "constants/elements.hpp"
 #include "constants/limits.hpp"
+#include "constants/units.hpp"
 #include "molecule/basis_file.hpp"
 #include "molecule/shell_validation.hpp"
 
@@ -17,7 +18,7 @@ using INPUT_PARSER::INPUT_DATA_T;
 
 /// Self-overlap of x^l exp(-p/2 r^2) with itself over two exponents of sum p: (2l-1)!! / (2p)^l (pi/p)^(3/2).
 double component_overlap(int l, double p) {
-  double value = std::pow(3.14159265358979323846 / p, 1.5);
+  double value = std::pow(PI / p, 1.5);
   for (int k = 1; k <= l; ++k) value *= (2 * k - 1) / (2.0 * p);
   return value;
 }

@@ -17,9 +17,6 @@ namespace {
 using INPUT_PARSER::LEVEL_SHIFT;
 
 constexpr double small_overlap = 1e-8;
-/// Automatic level shift: this many hartree once so many iterations have passed without convergence.
-constexpr double automatic_shift = 0.2;
-constexpr int automatic_shift_after = 100;
 
 /// X = S^(-1/2) = U s^(-1/2) U^T (P.-O. Loewdin, J. Chem. Phys. 18 (1950) 365); nothing is discarded.
 MATRIX orthogonaliser(const MATRIX& overlap, SCF_OBSERVER_T& observer) {
@@ -52,7 +49,8 @@ MATRIX density_of(const SPIN_CHANNEL_T& channel, double occupation) {
   return occupation * occupied * occupied.transpose();
 }
 
-/// FPS - SPF; with D = g P the factor g leaves no trace in the convergence test of a single density convention.
+/// F D S - S D F of one channel, the gradient of the energy with respect to orbital rotations up to a factor. D keeps its
+/// occupation factor, so a closed shell shows the norm of the usual restricted density.
 MATRIX commutator(const MATRIX& fock, const MATRIX& density, const MATRIX& overlap) {
   const MATRIX fps = fock * (density * overlap);
   return fps - fps.transpose();
@@ -100,7 +98,7 @@ class LOOP_T {
 
  private:
   void set_up(const SCF_START_T& start) {
-    observer_.started(geometry_, settings_, start);
+    observer_.started(geometry_, start);
     x_ = orthogonaliser(geometry_.one_electron.s, observer_);
     prepare_integrals();
     observer_.table_begins(settings_);
@@ -165,8 +163,8 @@ class LOOP_T {
   }
 
   void activate_shift(int iteration) {
-    if (settings_.level_shift_mode != LEVEL_SHIFT::automatic || shift_.active || iteration <= automatic_shift_after) return;
-    shift_ = {true, automatic_shift};
+    if (settings_.level_shift_mode != LEVEL_SHIFT::automatic || shift_.active || iteration <= AUTOMATIC_SHIFT_AFTER) return;
+    shift_ = {true, AUTOMATIC_SHIFT};
     observer_.level_shift_activated();
   }
 

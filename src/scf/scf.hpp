@@ -45,6 +45,10 @@ struct SCF_RESULT_T {
   bool unrestricted() const { return channels.size() == 2; }
 };
 
+/// The automatic level shift: this many hartree once so many iterations have passed without convergence.
+inline constexpr double AUTOMATIC_SHIFT = 0.2;
+inline constexpr int AUTOMATIC_SHIFT_AFTER = 100;
+
 /// Settings of one run of the loop; the defaults are those of the input record.
 struct SCF_SETTINGS_T {
   int max_iterations = 150;

@@ -24,7 +24,7 @@ struct SCF_ROW_T {
 class SCF_OBSERVER_T {
  public:
   virtual ~SCF_OBSERVER_T() = default;
-  virtual void started(const GEOMETRY_DATA_T&, const SCF_SETTINGS_T&, const SCF_START_T&) {}
+  virtual void started(const GEOMETRY_DATA_T&, const SCF_START_T&) {}
   virtual void small_overlap_eigenvalue(int /*index*/, double /*value*/) {}
   virtual void integral_mode(const INTEGRALS_2E::JK_MODE_T&, int /*channels*/) {}
   virtual void table_begins(const SCF_SETTINGS_T&) {}

@@ -58,7 +58,7 @@ void print_final_block(const SCF_RESULT_T& result, std::ostream& report) {
 
 }  // namespace
 
-void SCF_PRINTER_T::started(const GEOMETRY_DATA_T& geometry, const SCF_SETTINGS_T& settings, const SCF_START_T& start) {
+void SCF_PRINTER_T::started(const GEOMETRY_DATA_T& geometry, const SCF_START_T& start) {
   const MOLECULE_T& molecule = geometry.molecule;
   fmt::print(report_, "   Nuclear repulsion energy:  {:18.10f}\n", geometry.nuclear_repulsion);
   if (molecule.spherical) {
@@ -70,7 +70,6 @@ void SCF_PRINTER_T::started(const GEOMETRY_DATA_T& geometry, const SCF_SETTINGS_
   } else {
     fmt::print(report_, "   Initial Fock matrix:       previous density\n");
   }
-  static_cast<void>(settings);
 }
 
 void SCF_PRINTER_T::small_overlap_eigenvalue(int index, double value) {
@@ -91,7 +90,8 @@ void SCF_PRINTER_T::table_begins(const SCF_SETTINGS_T& settings) {
   if (settings.level_shift_mode == LEVEL_SHIFT::fixed) {
     fmt::print(report_, "   Level shift enabled: {} Hartree (fixed)\n", settings.level_shift);
   } else if (settings.level_shift_mode == LEVEL_SHIFT::automatic) {
-    fmt::print(report_, "   Level shift mode: AUTO  (will activate {} Ha if not converged in {} iters)\n", 0.2, 100);
+    fmt::print(report_, "   Level shift mode: AUTO  (will activate {} Ha if not converged in {} iters)\n", AUTOMATIC_SHIFT,
+               AUTOMATIC_SHIFT_AFTER);
   }
   fmt::print(report_, "\n   Starting SCF iterations...\n{}\n", table_rule);
   fmt::print(report_, "    Iter       E(total)         dE          max(dP)     ||FPS-SPF||  DIIS\n{}\n", table_rule);
@@ -100,7 +100,7 @@ void SCF_PRINTER_T::table_begins(const SCF_SETTINGS_T& settings) {
 void SCF_PRINTER_T::level_shift_activated() {
   fmt::print(report_,
              "   *** AUTO level shift activated after {} non-converged iterations: applying {} Ha for remaining iters\n",
-             100, 0.2);
+             AUTOMATIC_SHIFT_AFTER, AUTOMATIC_SHIFT);
 }
 
 void SCF_PRINTER_T::pruned(int count, double ratio, int channels) {

@@ -10,7 +10,7 @@ namespace zentrix::SCF {
 class SCF_PRINTER_T : public SCF_OBSERVER_T {
  public:
   explicit SCF_PRINTER_T(std::ostream& report) : report_(report) {}
-  void started(const GEOMETRY_DATA_T& geometry, const SCF_SETTINGS_T& settings, const SCF_START_T& start) override;
+  void started(const GEOMETRY_DATA_T& geometry, const SCF_START_T& start) override;
   void small_overlap_eigenvalue(int index, double value) override;
   void integral_mode(const INTEGRALS_2E::JK_MODE_T& mode, int channels) override;
   void table_begins(const SCF_SETTINGS_T& settings) override;
