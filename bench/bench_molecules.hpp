@@ -7,7 +7,7 @@
 #include <numbers>
 #include <string>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/one_electron.hpp"
 #include "support/molecules.hpp"
 

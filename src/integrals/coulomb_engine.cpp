@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/coulomb_lists.hpp"
 #include "integrals/kernels/coulomb_kernels.hpp"
 #include "molecule/shell_validation.hpp"

@@ -22,7 +22,7 @@ class COULOMB_ENGINE {
   COULOMB_ENGINE(COULOMB_ENGINE&&) noexcept;
   COULOMB_ENGINE& operator=(COULOMB_ENGINE&&) noexcept;
 
-  /// J of every density over bare Cartesian components (see integrals/cartesian.hpp); symmetric in, symmetric out.
+  /// J of every density over bare Cartesian components (see molecule/cartesian.hpp); symmetric in, symmetric out.
   [[nodiscard]] std::vector<MATRIX> build(std::span<const MATRIX> densities, double threshold) const;
 
  private:

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 

@@ -2,7 +2,7 @@
 
 #include <omp.h>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/eri_store.hpp"
 

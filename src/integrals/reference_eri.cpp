@@ -4,7 +4,7 @@
 
 #include "constants/limits.hpp"
 #include "constants/units.hpp"
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/hermite.hpp"
 #include "integrals/hermite_coulomb.hpp"
 #include "molecule/shell_validation.hpp"

@@ -9,7 +9,7 @@
 #include <numbers>
 #include <tuple>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/schwarz.hpp"
 #include "molecule/shell_validation.hpp"
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "constants/units.hpp"
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "properties/properties.hpp"
 
 namespace zentrix::PROPERTIES {

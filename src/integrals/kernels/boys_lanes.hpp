@@ -1,7 +1,7 @@
 #pragma once
 
 #include "integrals/kernels/boys_cells.hpp"
-#include "integrals/kernels/simd.hpp"
+#include "simd/simd.hpp"
 
 // The Boys function in vector lanes: degree-6 polynomial cells for the highest order, downward recursion for the others.
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "integrals/kernels/boys_cells.hpp"
-#include "integrals/kernels/isa.hpp"
+#include "simd/isa.hpp"
 
 // The vector Boys function behind an ordinary call, for tests and benchmarks of every instruction set.
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "integrals/kernels/simd.hpp"
+#include "simd/simd.hpp"
 
 // Cartesian components of all levels 0 .. E in one numbering (level after level, lexicographic inside a level) and the
 // neighbours that the recursions need, as compile-time tables.

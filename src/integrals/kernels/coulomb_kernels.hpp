@@ -1,7 +1,7 @@
 #pragma once
 
 #include "integrals/kernels/boys_cells.hpp"
-#include "integrals/kernels/isa.hpp"
+#include "simd/isa.hpp"
 
 // Kernels of the Coulomb engine: one Hermite bra pair against blocks of LANES Hermite ket pairs.
 //

@@ -1,6 +1,6 @@
 #include "integrals/kernels/quartet_kernels.hpp"
 
-#include "integrals/kernels/simd.hpp"
+#include "simd/simd.hpp"
 
 namespace zentrix::kernels::ZX_ISA {
 

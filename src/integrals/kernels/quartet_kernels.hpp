@@ -1,7 +1,7 @@
 #pragma once
 
 #include "integrals/kernels/boys_cells.hpp"
-#include "integrals/kernels/isa.hpp"
+#include "simd/isa.hpp"
 #include "integrals/kernels/shell_pair.hpp"
 
 // What the drivers see of the quartet kernels: batches of one bra pair and as many ket pairs of one class as a vector has

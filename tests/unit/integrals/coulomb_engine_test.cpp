@@ -7,8 +7,8 @@
 #include <numbers>
 
 #include "integrals/boys.hpp"
-#include "integrals/cartesian.hpp"
-#include "integrals/kernels/isa.hpp"
+#include "molecule/cartesian.hpp"
+#include "simd/isa.hpp"
 #include "two_electron_samples.hpp"
 
 namespace zentrix::INTEGRALS_2E {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/integrals_2e.hpp"
 #include "two_electron_samples.hpp"
 

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "integrals/boys.hpp"
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 #include "integrals/one_electron.hpp"
 #include "integrals/reference_eri.hpp"
 #include "molecule/molecule.hpp"

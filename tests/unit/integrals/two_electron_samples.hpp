@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "constants/limits.hpp"
-#include "integrals/kernels/isa.hpp"
+#include "simd/isa.hpp"
 #include "integrals/reference_eri.hpp"
 #include "linalg/matrix.hpp"
 #include "molecule/types.hpp"

@@ -1,4 +1,4 @@
-#include "integrals/cartesian.hpp"
+#include "molecule/cartesian.hpp"
 
 #include <array>
 #include <cmath>

@@ -1,13 +1,13 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "integrals/kernels/isa.hpp"
+#include "simd/isa.hpp"
 
 namespace zentrix::kernels {
 
 ISA best_isa() {
 #ifndef ZX_BASELINE_ONLY
-  // The same list as the compiler flags in integrals/CMakeLists.txt.
+  // The same list as the compiler flags in cmake/kernels.cmake.
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
       __builtin_cpu_supports("fma"))
     return ISA::avx512;

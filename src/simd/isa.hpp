@@ -2,7 +2,7 @@
 
 // Run-time choice of the instruction set.
 //
-// Every file of integrals/kernels/*.cpp is compiled once per instruction set from the same source; the macro ZX_ISA names
+// Every file src/<folder>/kernels/*.cpp is compiled once per instruction set from the same source; the macro ZX_ISA names
 // the namespace its code lands in (zentrix::kernels::baseline, ::avx2, ::avx512). Nothing outside those namespaces may be
 // defined in a kernel file: an inline function compiled with wide flags would otherwise replace the portable copy at link
 // time. Kernel files therefore include no standard containers or algorithms, only types and constexpr arithmetic.
