@@ -7,8 +7,8 @@
 #include <numbers>
 #include <string>
 
-#include "molecule/cartesian.hpp"
 #include "integrals/one_electron.hpp"
+#include "molecule/cartesian.hpp"
 #include "support/molecules.hpp"
 
 // Molecules of the two-electron benchmarks beyond the samples of the tests, and a density to build from. Run the programs in

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <numeric>
 
-#include "molecule/cartesian.hpp"
 #include "integrals/coulomb_lists.hpp"
 #include "integrals/kernels/coulomb_kernels.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
 
 namespace zentrix::INTEGRALS_2E {

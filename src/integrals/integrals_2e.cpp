@@ -2,9 +2,9 @@
 
 #include <omp.h>
 
-#include "molecule/cartesian.hpp"
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/eri_store.hpp"
+#include "molecule/cartesian.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 

@@ -6,9 +6,9 @@
 
 #include "constants/limits.hpp"
 #include "constants/units.hpp"
-#include "molecule/cartesian.hpp"
 #include "integrals/hermite.hpp"
 #include "integrals/hermite_coulomb.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
 
 // One-electron integrals by Hermite expansion (McMurchie, Davidson, J. Comput. Phys. 26 (1978) 218). With p = a + b:

@@ -4,9 +4,9 @@
 
 #include "constants/limits.hpp"
 #include "constants/units.hpp"
-#include "molecule/cartesian.hpp"
 #include "integrals/hermite.hpp"
 #include "integrals/hermite_coulomb.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
 

@@ -9,8 +9,8 @@
 #include <numbers>
 #include <tuple>
 
-#include "molecule/cartesian.hpp"
 #include "integrals/schwarz.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
 
 namespace zentrix::INTEGRALS_2E {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "integrals/kernels/boys_cells.hpp"
-#include "simd/isa.hpp"
 #include "integrals/kernels/shell_pair.hpp"
+#include "simd/isa.hpp"
 
 // What the drivers see of the quartet kernels: batches of one bra pair and as many ket pairs of one class as a vector has
 // lanes, and tables of functions over angular momenta.

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include "molecule/cartesian.hpp"
 #include "integrals/integrals_2e.hpp"
+#include "molecule/cartesian.hpp"
 #include "two_electron_samples.hpp"
 
 using namespace zentrix;

@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "integrals/boys.hpp"
-#include "molecule/cartesian.hpp"
 #include "integrals/one_electron.hpp"
 #include "integrals/reference_eri.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/molecule.hpp"
 #include "report/stop.hpp"
 

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "constants/limits.hpp"
-#include "simd/isa.hpp"
 #include "integrals/reference_eri.hpp"
 #include "linalg/matrix.hpp"
 #include "molecule/types.hpp"
+#include "simd/isa.hpp"
 
 // Hand-made shells and molecules for the two-electron tests, and matrices by brute force over reference integrals.
 
