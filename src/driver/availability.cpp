@@ -14,14 +14,11 @@ std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT
   if (input.pump2) return "%pump2";
   if (input.dispersion != "NONE") return fmt::format("%dispersion {}", input.dispersion);
   if (input.solvent_given || input.eps_given || input.pcm_given) return "continuum solvation (%solvent, %eps, %pcm)";
-  if (input.unrestricted) return "%spin unrestricted";
-  if (input.initial_guess == INPUT_PARSER::GUESS::sad) return "%initial_guess sad";
   if (input.export_mo) return "%export_mo";
   return "";
 }
 
 std::string missing_for_molecule(const MOLECULE_T& molecule) {
-  if (molecule.unrestricted) return fmt::format("unrestricted SCF (open shell, multiplicity {})", molecule.multiplicity);
   if (!molecule.ecps.empty())
     return fmt::format("integrals of effective core potentials ({} centers)", molecule.ecps.size());
   return "";

@@ -6,6 +6,7 @@
 #include "properties/properties.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
+#include "scf/scf_report.hpp"
 
 namespace zentrix {
 namespace {
@@ -26,6 +27,7 @@ int section_output(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::properties);
     print_final_energies(run.scf.energy, report);
+    if (run.scf.unrestricted()) SCF::print_spin(run.scf, report);
     print_properties(run, report);
   }
   fmt::print(report, "   Section 7 time: {:.2f} s\n", timer_wall(STAGE::properties));

@@ -11,13 +11,6 @@
 namespace zentrix {
 namespace {
 
-/// Restricted runs start from the core Hamiltonian unless the superposition of atomic densities was asked for.
-SCF::SCF_START_T initial_guess(std::ostream& report) {
-  SCF::SCF_START_T start;
-  fmt::print(report, "   Initial guess:             {}\n", start.guess_name);
-  return start;
-}
-
 /// Shell pairs and Schwarz bounds of the geometry; the one-electron matrices move in.
 void set_up_geometry(RUN_T& run) {
   const STAGE_TIMER timer(STAGE::integrals_2e);
@@ -29,8 +22,11 @@ void set_up_geometry(RUN_T& run) {
 int section_scf(RUN_T& run, std::ostream& report) {
   set_run_phase("Section 3 (SCF)");
   print_section_heading("3", "SCF", report);
-  const SCF::SCF_START_T start = initial_guess(report);
   set_up_geometry(run);
+  SCF::GUESS_PRINTER_T guess_printer(report);
+  const SCF::SCF_START_T start =
+      SCF::initial_guess(run.molecule, run.geometry->one_electron.s, run.input.initial_guess, guess_printer);
+  fmt::print(report, "   Initial guess:             {}\n", start.guess_name);
   const auto terms = SCF::hartree_fock_terms(*run.geometry);
   SCF::SCF_PRINTER_T printer(report);
   run.scf = SCF::run_scf(*run.geometry, terms, SCF::settings_from(run.input), start, printer);

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "integrals/aligned_vector.hpp"
 #include "integrals/hermite_pairs.hpp"
+#include "simd/aligned_vector.hpp"
 
 // The Hermite pairs of one Coulomb build, in lists by total order, each sorted by importance and packed for the kernels.
 

@@ -7,18 +7,37 @@ namespace {
 
 /// An energy change this large just before a converged one is worth a word.
 constexpr double jump = 1e-3;
+/// The soft test allows this many times the energy tolerance.
+constexpr double soft_factor = 100.0;
 
 }  // namespace
 
+bool CONVERGENCE_T::hard(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings) {
+  const bool all = std::abs(row.energy_change) < settings.energy_tolerance &&
+                   row.density_change < settings.density_tolerance && row.gradient < settings.gradient_tolerance;
+  consecutive_ = all && row.iteration > settings.min_iterations ? consecutive_ + 1 : 0;
+  return consecutive_ >= settings.n_converged;
+}
+
+bool CONVERGENCE_T::soft(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings) {
+  const bool settled = std::abs(row.energy_change) < soft_factor * settings.energy_tolerance &&
+                       row.gradient < settings.gradient_tolerance && row.iteration > settings.min_iterations;
+  soft_consecutive_ = settled ? soft_consecutive_ + 1 : 0;
+  return soft_consecutive_ >= SOFT_ITERATIONS;
+}
+
 bool CONVERGENCE_T::test(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings, SCF_OBSERVER_T& observer) {
+  if (hard(row, settings)) return true;
+  if (soft_end_ && soft(row, settings)) {
+    observer.soft_convergence(row);
+    return true;
+  }
   const bool energy = std::abs(row.energy_change) < settings.energy_tolerance;
-  const bool density = row.density_change < settings.density_tolerance;
-  const bool gradient = row.gradient < settings.gradient_tolerance;
-  const bool late_enough = row.iteration > settings.min_iterations;
-  consecutive_ = energy && density && gradient && late_enough ? consecutive_ + 1 : 0;
-  if (consecutive_ >= settings.n_converged) return true;
-  if (energy && !(density && gradient)) observer.energy_only_convergence(row);
-  if (energy && std::abs(previous_change_) > jump && late_enough) observer.energy_jump(row, previous_change_);
+  const bool others = row.density_change < settings.density_tolerance && row.gradient < settings.gradient_tolerance;
+  if (energy && !others) observer.energy_only_convergence(row);
+  if (energy && std::abs(previous_change_) > jump && row.iteration > settings.min_iterations) {
+    observer.energy_jump(row, previous_change_);
+  }
   previous_change_ = row.energy_change;
   return false;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "linalg/lapack.hpp"
 
@@ -15,11 +16,54 @@ double condition_ratio(const MATRIX& bordered) {
   return std::max(std::abs(values(values.size() - 1)), 1e-300) / std::max(std::abs(values(0)), 1e-300);
 }
 
+/// The entries of `values` whose bits are set in `subset`.
+std::vector<Eigen::Index> members(unsigned subset) {
+  std::vector<Eigen::Index> indices;
+  for (Eigen::Index i = 0; subset >> i != 0; ++i)
+    if ((subset >> i & 1U) != 0) indices.push_back(i);
+  return indices;
+}
+
+/// Minimum of b.c + c.Q.c/2 over c >= 0, sum c = 1. It is a stationary point of one of the faces of the simplex; there are
+/// at most 255 of them, so all are tried.
+VECTOR minimum_on_simplex(const VECTOR& b, const MATRIX& q) {
+  const auto n = b.size();
+  VECTOR best = VECTOR::Unit(n, n - 1);
+  double lowest = b(n - 1) + 0.5 * q(n - 1, n - 1);
+  for (unsigned subset = 1; subset < (1U << n); ++subset) {
+    const std::vector<Eigen::Index> face = members(subset);
+    const auto k = static_cast<Eigen::Index>(face.size());
+    MATRIX system = MATRIX::Ones(k + 1, k + 1);
+    system(k, k) = 0.0;
+    system.topLeftCorner(k, k) = q(face, face);
+    VECTOR rhs(k + 1);
+    rhs << -b(face), 1.0;
+    const VECTOR solution = system.partialPivLu().solve(rhs);
+    if (!solution.allFinite() || solution.head(k).minCoeff() < 0.0 || std::abs(solution.head(k).sum() - 1.0) > 1e-8)
+      continue;
+    VECTOR c = VECTOR::Zero(n);
+    c(face) = solution.head(k);
+    const double value = b.dot(c) + 0.5 * c.dot(q * c);
+    if (value < lowest) {
+      lowest = value;
+      best = c;
+    }
+  }
+  return best;
+}
+
 }  // namespace
 
-void DIIS_T::push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& error) {
+void DIIS_T::push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& density, const SPIN_MATRICES_T& error) {
   if (size() == max_entries) entries_.pop_front();
-  entries_.push_back({fock, error});
+  entries_.push_back({fock, density, error});
+}
+
+void DIIS_T::combine(const VECTOR& coefficients, SPIN_MATRICES_T& fock) const {
+  for (std::size_t s = 0; s < fock.size(); ++s) {
+    fock[s].setZero();
+    for (int i = 0; i < size(); ++i) fock[s] += coefficients(i) * entries_[static_cast<std::size_t>(i)].fock[s];
+  }
 }
 
 MATRIX DIIS_T::bordered_matrix() const {
@@ -56,12 +100,28 @@ DIIS_T::OUTCOME_T DIIS_T::extrapolate(SPIN_MATRICES_T& fock) {
   rhs(m) = -1.0;
   VECTOR solution;
   if (solve_linear(b, rhs, solution) != 0 || !solution.allFinite()) return outcome;
-  for (std::size_t s = 0; s < fock.size(); ++s) {
-    fock[s].setZero();
-    for (int i = 0; i < m; ++i) fock[s] += solution(i) * entries_[static_cast<std::size_t>(i)].fock[s];
-  }
+  combine(solution.head(m), fock);
   outcome.extrapolated = true;
   return outcome;
+}
+
+bool DIIS_T::interpolate(SPIN_MATRICES_T& fock) const {
+  const int m = size();
+  if (m < 2) return false;
+  VECTOR linear = VECTOR::Zero(m);
+  MATRIX quadratic = MATRIX::Zero(m, m);
+  const ENTRY_T& newest = entries_.back();
+  for (std::size_t s = 0; s < fock.size(); ++s) {
+    for (int i = 0; i < m; ++i) {
+      const MATRIX step = entries_[static_cast<std::size_t>(i)].density[s] - newest.density[s];
+      linear(i) += step.cwiseProduct(newest.fock[s]).sum();
+      for (int j = 0; j < m; ++j)
+        quadratic(i, j) += step.cwiseProduct(entries_[static_cast<std::size_t>(j)].fock[s] - newest.fock[s]).sum();
+    }
+  }
+  const MATRIX symmetric = 0.5 * (quadratic + quadratic.transpose());
+  combine(minimum_on_simplex(linear, symmetric), fock);
+  return true;
 }
 
 }  // namespace zentrix::SCF

@@ -7,7 +7,8 @@
 namespace zentrix::SCF {
 
 /// Direct inversion in the iterative subspace (P. Pulay, Chem. Phys. Lett. 73 (1980) 393; J. Comput. Chem. 3 (1982) 556)
-/// with the commutator FPS - SPF as error. All spin channels share one set of coefficients.
+/// with the commutator FPS - SPF as error. All spin channels share one set of coefficients. A run that makes no progress
+/// may ask for coefficients that lower the energy instead (`interpolate`).
 class DIIS_T {
  public:
   static constexpr int max_entries = 8;
@@ -15,8 +16,8 @@ class DIIS_T {
 
   explicit DIIS_T(double condition_max) : condition_max_(condition_max) {}
 
-  /// Stores the Fock matrices of an iteration with their errors; the oldest entry leaves when there are eight.
-  void push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& error);
+  /// Stores the Fock matrices of an iteration with their densities and errors; the oldest entry leaves when there are eight.
+  void push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& density, const SPIN_MATRICES_T& error);
   void reset() { entries_.clear(); }
   int size() const { return static_cast<int>(entries_.size()); }
 
@@ -30,14 +31,21 @@ class DIIS_T {
   /// exceeds the limit. A singular system leaves the newest Fock matrices.
   OUTCOME_T extrapolate(SPIN_MATRICES_T& fock);
 
+  /// Replaces `fock` by sum c_i F_i with c_i >= 0, sum c_i = 1 that minimise the energy to second order about the newest
+  /// entry (ADIIS; X. Hu, W. Yang, J. Chem. Phys. 132 (2010) 054109). Needs two entries; false: nothing was changed.
+  bool interpolate(SPIN_MATRICES_T& fock) const;
+
   /// The bordered matrix of the current entries: inner products of the errors, a row and column of -1, 0 in the corner.
   MATRIX bordered_matrix() const;
 
  private:
   struct ENTRY_T {
     SPIN_MATRICES_T fock;
+    SPIN_MATRICES_T density;
     SPIN_MATRICES_T error;
   };
+  void combine(const VECTOR& coefficients, SPIN_MATRICES_T& fock) const;
+
   double condition_max_;
   std::deque<ENTRY_T> entries_;
 };

@@ -9,6 +9,7 @@
 #include "report/timing.hpp"
 #include "scf/convergence.hpp"
 #include "scf/diis.hpp"
+#include "scf/occupation.hpp"
 #include "scf/scf_observer.hpp"
 
 namespace zentrix::SCF {
@@ -17,6 +18,15 @@ namespace {
 using INPUT_PARSER::LEVEL_SHIFT;
 
 constexpr double small_overlap = 1e-8;
+/// The guard against oscillation acts with more stored entries than this, once |g| is within this factor of its tolerance,
+/// when max(dP) grows by more than this factor.
+constexpr int oscillation_entries = 4;
+constexpr double oscillation_nearness = 10.0;
+constexpr double oscillation_rise = 5.0;
+/// After this many iterations a run is led downhill, wholly above the upper and not at all below the lower value of |g|.
+constexpr int descent_after = 20;
+constexpr double descent_all = 2e-2;
+constexpr double descent_none = 1e-3;
 
 /// X = S^(-1/2) = U s^(-1/2) U^T (P.-O. Loewdin, J. Chem. Phys. 18 (1950) 365); nothing is discarded.
 MATRIX orthogonaliser(const MATRIX& overlap, SCF_OBSERVER_T& observer) {
@@ -45,8 +55,9 @@ void diagonalise(const MATRIX& fock, const MATRIX& x, SPIN_CHANNEL_T& channel) {
 }
 
 MATRIX density_of(const SPIN_CHANNEL_T& channel, double occupation) {
-  const auto occupied = channel.orbitals.leftCols(channel.n_occupied);
-  return occupation * occupied * occupied.transpose();
+  const MATRIX weighted =
+      channel.orbitals.leftCols(channel.n_occupied) * (occupation * channel.occupations).cwiseSqrt().asDiagonal();
+  return weighted * weighted.transpose();
 }
 
 /// F D S - S D F of one channel, the gradient of the energy with respect to orbital rotations up to a factor. D keeps its
@@ -83,15 +94,19 @@ class LOOP_T {
     set_up(start);
     SCF_ROW_T row;
     double previous_energy = 9.99e9;
-    CONVERGENCE_T convergence;
+    double previous_density_change = 0.0;
+    CONVERGENCE_T convergence(result_.channels.size() == 2);
     for (int iteration = 1; iteration <= settings_.max_iterations && !result_.converged; ++iteration) {
       row = iterate(iteration);
       row.energy_change = row.energy - previous_energy;
       previous_energy = row.energy;
       observer_.row(row);
+      guard_against_oscillation(row, previous_density_change);
+      previous_density_change = row.density_change;
       result_.iterations = iteration;
       result_.converged = convergence.test(row, settings_, observer_);
     }
+    result_.s_squared = spin_squared(result_.channels, geometry_.one_electron.s);
     observer_.finished(result_, settings_, row);
     return std::move(result_);
   }
@@ -101,16 +116,18 @@ class LOOP_T {
     observer_.started(geometry_, start);
     x_ = orthogonaliser(geometry_.one_electron.s, observer_);
     prepare_integrals();
-    observer_.table_begins(settings_);
     const MOLECULE_T& molecule = geometry_.molecule;
     result_.occupation = molecule.unrestricted ? 1.0 : 2.0;
     result_.channels.resize(molecule.unrestricted ? 2 : 1);
     result_.channels[0].n_occupied = molecule.n_alpha;
     if (molecule.unrestricted) result_.channels[1].n_occupied = molecule.n_beta;
+    observer_.table_begins(settings_, result_.channels);
+    rule_ = make_occupation_rule(molecule, settings_, start, geometry_.one_electron.s, observer_);
     for (std::size_t s = 0; s < result_.channels.size(); ++s) {
       SPIN_CHANNEL_T& channel = result_.channels[s];
       if (start.densities.empty()) {
         diagonalise(geometry_.one_electron.h_core, x_, channel);
+        static_cast<void>(rule_->occupy(0, s, channel));
         channel.density = density_of(channel, result_.occupation);
       } else {
         channel.density = start.densities[s];
@@ -146,12 +163,13 @@ class LOOP_T {
       row.gradient += errors[s].squaredNorm();
     }
     row.gradient = std::sqrt(row.gradient);
-    if (settings_.diis) row.extrapolated = accelerate(fock, errors);
+    if (settings_.diis) row.extrapolated = accelerate(row, densities, errors, fock);
 
     for (std::size_t s = 0; s < n_channels; ++s) {
       SPIN_CHANNEL_T& channel = result_.channels[s];
       if (shift_.active) shift_virtuals(densities[s], fock[s]);
       diagonalise(fock[s], x_, channel);
+      if (rule_->occupy(iteration, s, channel)) diis_.reset();
       if (shift_.active) remove_shift(channel);
       channel.density = density_of(channel, result_.occupation);
       if (settings_.damping > 0.0) {
@@ -168,11 +186,35 @@ class LOOP_T {
     observer_.level_shift_activated();
   }
 
-  bool accelerate(SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& errors) {
-    diis_.push(fock, errors);
+  bool accelerate(const SCF_ROW_T& row, const SPIN_MATRICES_T& densities, const SPIN_MATRICES_T& errors,
+                  SPIN_MATRICES_T& fock) {
+    diis_.push(fock, densities, errors);
+    SPIN_MATRICES_T descending = fock;
+    const double share = descent_share(row);
+    const bool interpolated = share > 0.0 && diis_.interpolate(descending);
     const DIIS_T::OUTCOME_T outcome = diis_.extrapolate(fock);
     if (outcome.pruned > 0) observer_.pruned(outcome.pruned, outcome.ratio, static_cast<int>(fock.size()));
+    if (interpolated) {
+      for (std::size_t s = 0; s < fock.size(); ++s) fock[s] = share * descending[s] + (1.0 - share) * fock[s];
+    }
     return outcome.extrapolated;
+  }
+
+  /// Weight of the energy-directed interpolation beside DIIS: none in an ordinary run; a run that is still far from a
+  /// stationary point after many iterations is led downhill until DIIS can take over again.
+  static double descent_share(const SCF_ROW_T& row) {
+    if (row.iteration <= descent_after) return 0.0;
+    return std::clamp((row.gradient - descent_none) / (descent_all - descent_none), 0.0, 1.0);
+  }
+
+  /// Near convergence a sudden rise of the density change means that old entries of the history mislead the extrapolation.
+  void guard_against_oscillation(const SCF_ROW_T& row, double previous_density_change) {
+    if (result_.channels.size() < 2 || !row.extrapolated || diis_.size() <= oscillation_entries) return;
+    const bool near = row.gradient < oscillation_nearness * settings_.gradient_tolerance;
+    const bool rise = row.density_change > oscillation_rise * std::max(previous_density_change, settings_.density_tolerance);
+    if (!near || !rise) return;
+    diis_.reset();
+    observer_.oscillation_reset(row, previous_density_change);
   }
 
   /// F + b (S - S P S) with P the projector on the occupied space raises the virtual orbitals by b (V. R. Saunders, I. H.
@@ -193,6 +235,7 @@ class LOOP_T {
   SCF_OBSERVER_T& observer_;
   DIIS_T diis_;
   SHIFT_STATE_T shift_;
+  std::unique_ptr<OCCUPATION_RULE_T> rule_;
   MATRIX x_;
   SCF_RESULT_T result_;
 };
@@ -203,6 +246,19 @@ MATRIX SCF_RESULT_T::total_density() const {
   MATRIX total = channels[0].density;
   for (std::size_t s = 1; s < channels.size(); ++s) total += channels[s].density;
   return total;
+}
+
+double spin_squared(const std::vector<SPIN_CHANNEL_T>& channels, const MATRIX& overlap) {
+  if (channels.size() < 2) return 0.0;
+  const auto occupied = [](const SPIN_CHANNEL_T& channel) { return channel.orbitals.leftCols(channel.n_occupied); };
+  const MATRIX between = occupied(channels[0]).transpose() * (overlap * occupied(channels[1]));
+  return exact_spin_squared(channels) + channels[1].n_occupied - between.squaredNorm();
+}
+
+double exact_spin_squared(const std::vector<SPIN_CHANNEL_T>& channels) {
+  if (channels.size() < 2) return 0.0;
+  const double spin = 0.5 * (channels[0].n_occupied - channels[1].n_occupied);
+  return spin * (spin + 1.0);
 }
 
 SCF_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input) {

@@ -22,9 +22,10 @@ using SPIN_MATRICES_T = std::vector<MATRIX>;
 /// Everything of one spin channel, over the run's basis functions.
 struct SPIN_CHANNEL_T {
   int n_occupied = 0;
-  MATRIX density;   ///< g C_occ C_occ^T
-  MATRIX orbitals;  ///< columns, ascending energy
-  VECTOR energies;  ///< hartree
+  VECTOR occupations;  ///< n_occupied fractions f_i, all 1 except in the shells of an atom
+  MATRIX density;      ///< g sum_i f_i c_i c_i^T over the occupied orbitals
+  MATRIX orbitals;     ///< columns: the occupied ones, then the others, each group in ascending energy
+  VECTOR energies;     ///< hartree
 };
 
 /// Parts of the energy, hartree.
@@ -41,6 +42,7 @@ struct SCF_RESULT_T {
   double occupation = 2.0;  ///< g: 2 for the one channel of a closed shell, 1 for each of two
   std::vector<SPIN_CHANNEL_T> channels;
   ENERGY_PARTS_T energy;
+  double s_squared = 0.0;  ///< <S^2> of the determinant; 0 for one channel
   MATRIX total_density() const;
   bool unrestricted() const { return channels.size() == 2; }
 };
@@ -48,6 +50,15 @@ struct SCF_RESULT_T {
 /// The automatic level shift: this many hartree once so many iterations have passed without convergence.
 inline constexpr double AUTOMATIC_SHIFT = 0.2;
 inline constexpr int AUTOMATIC_SHIFT_AFTER = 100;
+
+/// The oscillation-free end of an unrestricted run: the orbital gradient has stayed below its tolerance this long.
+inline constexpr int SOFT_ITERATIONS = 12;
+/// Iterations of the automatic occupation control that follow the largest overlap.
+inline constexpr int MOM_ITERATIONS = 5;
+
+/// Shells of one spin of an atom: filling[l][k] is the fraction (0 to 1) in each of the 2l + 1 orbitals of the k-th shell of
+/// angular momentum l.
+using SHELL_FILLING_T = std::vector<std::vector<double>>;
 
 /// Settings of one run of the loop; the defaults are those of the input record.
 struct SCF_SETTINGS_T {
@@ -63,6 +74,7 @@ struct SCF_SETTINGS_T {
   int min_iterations = 5;
   int n_converged = 2;
   INPUT_PARSER::OCCUPATION occupation = INPUT_PARSER::OCCUPATION::automatic;
+  std::vector<SHELL_FILLING_T> atomic_filling;  ///< one per channel for an atom with fractional shells, otherwise empty
   int eri_memory_limit_mb = 4096;
 };
 SCF_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input);
@@ -86,8 +98,9 @@ class FOCK_TERM_T {
 
 /// Where a run starts from.
 struct SCF_START_T {
-  SPIN_MATRICES_T densities;  ///< empty: core Hamiltonian
+  SPIN_MATRICES_T densities;  ///< one per channel; empty: core Hamiltonian
   std::string guess_name = "core Hamiltonian";
+  bool from_converged_run = false;  ///< the densities are those of a finished run nearby, not a guess
 };
 
 class SCF_OBSERVER_T;  // scf/scf_observer.hpp: printing (scf_report.hpp) or silent
@@ -96,6 +109,11 @@ class SCF_OBSERVER_T;  // scf/scf_observer.hpp: printing (scf_report.hpp) or sil
 /// run.
 SCF_RESULT_T run_scf(GEOMETRY_DATA_T& geometry, const std::vector<std::unique_ptr<FOCK_TERM_T>>& terms,
                      const SCF_SETTINGS_T& settings, const SCF_START_T& start, SCF_OBSERVER_T& observer);
+
+/// <S^2> = S_z (S_z + 1) + n_beta - sum_ij |<i alpha|j beta>|^2 of two channels of whole orbitals; 0 for one channel.
+double spin_squared(const std::vector<SPIN_CHANNEL_T>& channels, const MATRIX& overlap);
+/// S (S + 1) with S = (n_alpha - n_beta)/2.
+double exact_spin_squared(const std::vector<SPIN_CHANNEL_T>& channels);
 
 /// The terms of Hartree-Fock at a geometry: one-electron part, Coulomb and exchange.
 std::vector<std::unique_ptr<FOCK_TERM_T>> hartree_fock_terms(GEOMETRY_DATA_T& geometry);

@@ -27,8 +27,14 @@ class SCF_OBSERVER_T {
   virtual void started(const GEOMETRY_DATA_T&, const SCF_START_T&) {}
   virtual void small_overlap_eigenvalue(int /*index*/, double /*value*/) {}
   virtual void integral_mode(const INTEGRALS_2E::JK_MODE_T&, int /*channels*/) {}
-  virtual void table_begins(const SCF_SETTINGS_T&) {}
+  virtual void table_begins(const SCF_SETTINGS_T&, const std::vector<SPIN_CHANNEL_T>&) {}
   virtual void level_shift_activated() {}
+  virtual void starting_orbitals_mixed() {}
+  virtual void overlap_reordered(int /*orbitals*/, std::size_t /*spin*/) {}
+  virtual void swap_followed(std::size_t /*spin*/, double /*smallest_overlap*/) {}
+  virtual void swap_mixed() {}
+  virtual void oscillation_reset(const SCF_ROW_T&, double /*previous_density_change*/) {}
+  virtual void soft_convergence(const SCF_ROW_T&) {}
   virtual void pruned(int /*count*/, double /*ratio*/, int /*channels*/) {}
   virtual void row(const SCF_ROW_T&) {}
   virtual void energy_only_convergence(const SCF_ROW_T&) {}

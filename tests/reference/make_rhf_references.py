@@ -8,12 +8,12 @@ The peer reads this program's own basis files, so that both compute the same thi
 """
 import json
 import sys
-from pathlib import Path
 
-from pyscf import gto, scf
+from pyscf import scf
 
-BOHR = 1.8897261246257702
-FOLDER = Path(sys.argv[1])
+from common import atoms_of, molecule
+
+FOLDER = sys.argv[1]
 
 MOLECULES = {
     "H2": (0, "H 0 0 0; H 0 0 0.74"),
@@ -68,42 +68,11 @@ CASES = [
 ]
 
 
-def file_stem(name):
-    if "(P)" in name:
-        return name.lower()
-    stem = name.replace("**", "dp").replace("*", "d").replace("+", "p")
-    return "".join(c for c in stem if c not in "(), ").lower()
-
-
-def read_basis(name, symbol):
-    """Shells of an element in PySCF's own layout, from the program's file."""
-    shells, block_start, inside = [], True, False
-    for line in (FOLDER / f"{file_stem(name)}.dat").read_text().split("\n"):
-        words = line.replace("D", "e").split() if inside and line[:1] == " " else line.split()
-        if not words or line.startswith("!"):
-            continue
-        if words[0].startswith("****"):
-            if inside:
-                break
-            block_start = True
-        elif block_start:
-            inside, block_start = words[0].upper() == symbol.upper(), False
-        elif inside and words[0].upper().isalpha():
-            current = [["SPDFG".index(c)] for c in words[0].upper()]
-            shells += current
-        elif inside:
-            for k, shell in enumerate(current):
-                shell.append([float(words[0]), float(words[k + 1])])
-    assert shells, (name, symbol)
-    return shells
-
-
 def run(case):
     name, basis, spherical = case[:3]
     charge, text = MOLECULES[name]
-    atoms = [(line.split()[0], [float(x) for x in line.split()[1:]]) for line in text.split(";")]
-    mol = gto.M(atom=[(s, [x * BOHR for x in r]) for s, r in atoms], unit="Bohr", charge=charge, cart=not spherical, verbose=0,
-                basis={s: read_basis(basis, s) for s, _ in atoms})
+    atoms = atoms_of(text)
+    mol = molecule(FOLDER, atoms, basis, spherical, charge)
     mf = scf.RHF(mol)
     mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-12, 1e-7, 1e-15, 300
     mf.kernel()

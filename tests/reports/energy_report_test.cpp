@@ -124,3 +124,18 @@ TEST(EnergyReport, OptionalOutput) {
   const double outermost = wall("Input & init") + wall("1e-integrals") + wall("SCF iter") + wall("Properties");
   EXPECT_NEAR(outermost + wall("Other"), wall("Total program"), 0.05 + wall("2e-integrals")) << run.report;
 }
+
+TEST(EnergyReport, OpenShellsRunUnrestrictedFromAtomicDensities) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%basis 6-31G*\n%mult 3\n%geo\nO 0 0 0\nO 0 0 1.2075\n*end\n");
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(
+      run,
+      {"   NOTE: Open-shell system (nalpha /= nbeta).\n         Switching to Unrestricted (UHF/UKS).\n",
+       " --- Section 3: SCF ---\n   Building SAD (Superposition of Atomic Densities) initial guess...\n",
+       "   SAD atomic UHF: Z=8  nelec=8  nalpha=5  nbeta=3  (mult=3)\n",
+       "   SAD guess assembled.  Tr(PaS) rescale=0.900000  Tr(PbS) rescale=1.166667\n",
+       "   Initial guess:             SAD (Superposition of Atomic Densities)\n", "   UHF: alpha occ = 9,  beta occ = 7\n",
+       "   UKS occupation: AUTO (MOM for first 5 iters, then strict Aufbau)\n", "   Starting UHF SCF iterations...\n",
+       "   <S**2> = 2.03", "   (exact = 2.000000)", "   Beta orbital energies:\n",
+       " --- Section 7: Output & Properties ---\n", "     Total energy:           -149.61", "   <S**2> = 2.03"});
+}

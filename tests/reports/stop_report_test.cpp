@@ -42,10 +42,7 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
       {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%pcm cosmo\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
-      {"%spin uhf\n", missing("%spin unrestricted")},
-      {"%initial_guess sad\n", missing("%initial_guess sad")},
       {"%export_mo\n", missing("%export_mo")},
-      {"%mult 3\n", missing("unrestricted SCF (open shell, multiplicity 3)")},
   };
   for (const STOP_CASE_T& stop : stops) expect_stop(stop);
 }

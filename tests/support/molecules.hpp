@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -52,6 +53,17 @@ inline INPUT_PARSER::INPUT_DATA_T sample_input(const std::string& geometry, cons
     input.atoms.push_back({symbol, atomic_number(symbol), {x * b, y * b, z * b}, 0});
   }
   return input;
+}
+
+/// Lines of a geometry from the atoms of a reference file: [["O", x, y, z], ...], angstrom.
+inline std::string geometry_of(const nlohmann::json& atoms) {
+  std::string lines;
+  for (const auto& atom : atoms) {
+    lines += atom[0].get<std::string>();
+    for (int k = 1; k <= 3; ++k) lines.append(" ").append(atom[k].dump());
+    lines.append("\n");
+  }
+  return lines;
 }
 
 inline MOLECULE_T sample_molecule(const std::string& geometry, const std::string& basis, SAMPLE_OPTIONS_T options = {}) {

@@ -26,11 +26,11 @@ MATRIX matrix_of(double a, double b, double c) {
 TEST(DIIS, FindsTheCombinationWhoseErrorVanishes) {
   // Errors e1 = (1, 0), e2 = (-3, 0): the weights 3/4 and 1/4 cancel them.
   DIIS_T diis(1e10);
-  diis.push({matrix_of(1, 0, 2)}, {matrix_of(1, 0, 0)});
+  diis.push({matrix_of(1, 0, 2)}, {matrix_of(0, 0, 0)}, {matrix_of(1, 0, 0)});
   SPIN_MATRICES_T fock = {matrix_of(5, 0, 6)};
   EXPECT_FALSE(diis.extrapolate(fock).extrapolated);
   EXPECT_EQ(fock[0](0, 0), 5.0);
-  diis.push(fock, {matrix_of(-3, 0, 0)});
+  diis.push(fock, {matrix_of(0, 0, 0)}, {matrix_of(-3, 0, 0)});
   // Parallel errors make B singular but not the bordered system.
   const auto outcome = diis.extrapolate(fock);
   EXPECT_TRUE(outcome.extrapolated);
@@ -40,8 +40,10 @@ TEST(DIIS, FindsTheCombinationWhoseErrorVanishes) {
 
 TEST(DIIS, SpinChannelsShareOneSetOfWeights) {
   DIIS_T diis(1e10);
-  diis.push({matrix_of(1, 0, 0), matrix_of(10, 0, 0)}, {matrix_of(1, 0, 0), matrix_of(0, 0, 0)});
-  diis.push({matrix_of(2, 0, 0), matrix_of(20, 0, 0)}, {matrix_of(0, 0, 0), matrix_of(0, 0, 1)});
+  diis.push({matrix_of(1, 0, 0), matrix_of(10, 0, 0)}, {matrix_of(0, 0, 0), matrix_of(0, 0, 0)},
+            {matrix_of(1, 0, 0), matrix_of(0, 0, 0)});
+  diis.push({matrix_of(2, 0, 0), matrix_of(20, 0, 0)}, {matrix_of(0, 0, 0), matrix_of(0, 0, 0)},
+            {matrix_of(0, 0, 0), matrix_of(0, 0, 1)});
   SPIN_MATRICES_T fock = {matrix_of(2, 0, 0), matrix_of(20, 0, 0)};
   ASSERT_TRUE(diis.extrapolate(fock).extrapolated);
   EXPECT_NEAR(fock[0](0, 0), 1.5, 1e-12);
@@ -50,7 +52,7 @@ TEST(DIIS, SpinChannelsShareOneSetOfWeights) {
 
 TEST(DIIS, KeepsEightEntriesAndPrunesAtMostSix) {
   DIIS_T diis(1.0000001);  // no subspace of two or more is as well conditioned as this
-  for (int n = 0; n < 11; ++n) diis.push({matrix_of(n, 0, 1)}, {matrix_of(1.0 + n, 0.3 * n, 2.0)});
+  for (int n = 0; n < 11; ++n) diis.push({matrix_of(n, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(1.0 + n, 0.3 * n, 2.0)});
   EXPECT_EQ(diis.size(), 8);
   EXPECT_NEAR(diis.bordered_matrix()(0, 0), 4.0 * 4.0 + 2 * 0.9 * 0.9 + 4.0, 1e-12);  // entry 3 is the oldest
   SPIN_MATRICES_T fock = {matrix_of(10, 0, 1)};
@@ -60,22 +62,45 @@ TEST(DIIS, KeepsEightEntriesAndPrunesAtMostSix) {
   EXPECT_TRUE(outcome.extrapolated);
 
   DIIS_T two(1.0000001);
-  two.push({matrix_of(1, 0, 1)}, {matrix_of(1, 0, 0)});
-  two.push({matrix_of(2, 0, 1)}, {matrix_of(2, 0, 0)});
+  two.push({matrix_of(1, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(1, 0, 0)});
+  two.push({matrix_of(2, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(2, 0, 0)});
   EXPECT_EQ(two.extrapolate(fock).pruned, 1);
   EXPECT_EQ(two.size(), 1);
+}
+
+TEST(DIIS, InterpolationFindsTheLowestEnergyBetweenItsEntries) {
+  // One electron in two functions with D = diag(x, 1 - x) and F = diag(4x, 0), i.e. E = 2 x^2 - const along the line between
+  // x = 1 and x = -0.25: the minimum at x = 0 has the weights 1/5 and 4/5.
+  const auto fock_at = [](double x) { return SPIN_MATRICES_T{matrix_of(4.0 * x, 0, 0)}; };
+  const auto density_at = [](double x) { return SPIN_MATRICES_T{matrix_of(x, 0, 1.0 - x)}; };
+  DIIS_T diis(1e10);
+  SPIN_MATRICES_T fock = fock_at(1.0);
+  diis.push(fock, density_at(1.0), {matrix_of(1, 0, 0)});
+  EXPECT_FALSE(diis.interpolate(fock));
+  diis.push(fock_at(-0.25), density_at(-0.25), {matrix_of(1, 0, 0)});
+  ASSERT_TRUE(diis.interpolate(fock));
+  EXPECT_NEAR(fock[0](0, 0), 0.0, 1e-12);
+  // A third entry beyond the minimum does not lead outside the simplex.
+  diis.push(fock_at(0.5), density_at(0.5), {matrix_of(1, 0, 0)});
+  ASSERT_TRUE(diis.interpolate(fock));
+  EXPECT_NEAR(fock[0](0, 0), 0.0, 1e-12);
+  // With all entries on one side the nearest one is taken whole.
+  DIIS_T one_side(1e10);
+  for (const double x : {0.9, 0.2, 0.6}) one_side.push(fock_at(x), density_at(x), {matrix_of(1, 0, 0)});
+  ASSERT_TRUE(one_side.interpolate(fock));
+  EXPECT_NEAR(fock[0](0, 0), 0.8, 1e-12);
 }
 
 TEST(CONVERGENCE, CountsConsecutiveIterationsAfterTheFirstFew) {
   SCF_OBSERVER_T silent;
   SCF_SETTINGS_T settings;
-  CONVERGENCE_T test;
+  CONVERGENCE_T test(false);
   SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 1e-9, .density_change = 1e-7, .gradient = 1e-6};
   int iterations = 0;
   while (!test.test(row, settings, silent)) row.iteration = ++iterations;
   EXPECT_EQ(row.iteration, 7);
 
-  CONVERGENCE_T interrupted;
+  CONVERGENCE_T interrupted(false);
   for (int i = 1; i <= 6; ++i) {
     row.iteration = i;
     EXPECT_FALSE(interrupted.test(row, settings, silent));
@@ -110,7 +135,9 @@ RUN_T run(const std::string& geometry_lines, const std::string& basis, const SCF
 
 TEST(SCF_LOOP, OneAndTwoChannelsAgreeForAClosedShell) {
   const RUN_T one = run(TESTS::water, "6-31G*", {});
-  const RUN_T two = run(TESTS::water, "6-31G*", {}, true);
+  SCF_SETTINGS_T lowest;
+  lowest.occupation = INPUT_PARSER::OCCUPATION::strict;
+  const RUN_T two = run(TESTS::water, "6-31G*", lowest, true);
   EXPECT_NEAR(one.result.energy.total(), two.result.energy.total(), 1e-9);
   EXPECT_LT((one.result.total_density() - two.result.total_density()).cwiseAbs().maxCoeff(), 1e-5);
   EXPECT_EQ(one.result.iterations, two.result.iterations);

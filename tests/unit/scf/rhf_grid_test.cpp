@@ -22,22 +22,12 @@ struct RUN_T {
   SCF::SCF_RESULT_T scf;
 };
 
-std::string geometry_of(const nlohmann::json& entry) {
-  std::string lines;
-  for (const auto& atom : entry["atoms"]) {
-    lines += atom[0].get<std::string>();
-    for (int k = 1; k <= 3; ++k) lines.append(" ").append(atom[k].dump());
-    lines.append("\n");
-  }
-  return lines;
-}
-
 RUN_T run(const nlohmann::json& entry, int memory_limit_mb) {
   RUN_T result;
   TESTS::SAMPLE_OPTIONS_T options;
   options.charge = entry["charge"];
   options.spherical = entry["spherical"];
-  result.molecule = TESTS::sample_molecule(geometry_of(entry), entry["basis"], options);
+  result.molecule = TESTS::sample_molecule(TESTS::geometry_of(entry["atoms"]), entry["basis"], options);
   SCF::GEOMETRY_DATA_T geometry(result.molecule, INTEGRALS_1E::one_electron_matrices(result.molecule));
   SCF::SCF_SETTINGS_T settings;
   settings.energy_tolerance = 1e-10;

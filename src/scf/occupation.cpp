@@ -1,0 +1,160 @@
+#include "scf/occupation.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+
+namespace zentrix::SCF {
+namespace {
+
+using INPUT_PARSER::OCCUPATION;
+
+/// A newly occupied orbital whose part inside the previous occupied space is shorter than this has come in by a swap.
+constexpr double swap_overlap = 0.5;
+
+void fill_lowest(SPIN_CHANNEL_T& channel) { channel.occupations = VECTOR::Ones(channel.n_occupied); }
+
+/// Moves the columns `leading` (ascending) to the front and keeps the order of the others.
+void bring_forward(const std::vector<Eigen::Index>& leading, SPIN_CHANNEL_T& channel) {
+  std::vector<Eigen::Index> order = leading;
+  for (Eigen::Index j = 0; j < channel.energies.size(); ++j)
+    if (!std::binary_search(leading.begin(), leading.end(), j)) order.push_back(j);
+  channel.orbitals = MATRIX(channel.orbitals(Eigen::all, order));
+  channel.energies = VECTOR(channel.energies(order));
+}
+
+class LOWEST_T : public OCCUPATION_RULE_T {
+ public:
+  bool occupy(int /*iteration*/, std::size_t /*spin*/, SPIN_CHANNEL_T& channel) override {
+    fill_lowest(channel);
+    return false;
+  }
+};
+
+/// Unrestricted runs: lowest orbitals or those that overlap most with the previous occupied ones (A. T. B. Gilbert, N. A.
+/// Besley, P. M. W. Gill, J. Phys. Chem. A 112 (2008) 13164), by the user's setting.
+class CONTROLLED_T : public OCCUPATION_RULE_T {
+ public:
+  CONTROLLED_T(OCCUPATION mode, bool mix_start, int first_reference, const MATRIX& overlap, SCF_OBSERVER_T& observer)
+      : mode_(mode), mix_start_(mix_start), first_reference_(first_reference), overlap_(overlap), observer_(observer) {}
+
+  bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) override {
+    bool restart = false;
+    if (previous_[spin].cols() > 0) {
+      const bool follow = mode_ == OCCUPATION::mom || (mode_ == OCCUPATION::automatic && iteration <= MOM_ITERATIONS);
+      const VECTOR projection = (previous_[spin].transpose() * (overlap_ * channel.orbitals)).colwise().norm();
+      if (follow) {
+        follow_overlap(projection, spin, channel);
+      } else {
+        restart = check_swap(projection, spin, channel);
+      }
+    }
+    if (mix_start_ && iteration == 1 && spin == 1 && mix_frontier(channel)) observer_.starting_orbitals_mixed();
+    fill_lowest(channel);
+    if (iteration >= first_reference_) previous_[spin] = channel.orbitals.leftCols(channel.n_occupied);
+    return restart;
+  }
+
+ private:
+  void follow_overlap(const VECTOR& projection, std::size_t spin, SPIN_CHANNEL_T& channel) {
+    std::vector<Eigen::Index> order(static_cast<std::size_t>(projection.size()));
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](Eigen::Index i, Eigen::Index j) { return projection(i) > projection(j); });
+    order.resize(static_cast<std::size_t>(channel.n_occupied));
+    std::sort(order.begin(), order.end());
+    const auto moved = std::count_if(order.begin(), order.end(), [&](Eigen::Index j) { return j >= channel.n_occupied; });
+    if (moved == 0) return;
+    observer_.overlap_reordered(static_cast<int>(moved), spin);
+    bring_forward(order, channel);
+  }
+
+  bool check_swap(const VECTOR& projection, std::size_t spin, SPIN_CHANNEL_T& channel) {
+    const double smallest = projection.head(channel.n_occupied).minCoeff();
+    if (smallest >= swap_overlap) return false;
+    if (mode_ != OCCUPATION::mix) {
+      observer_.swap_followed(spin, smallest);
+      return false;
+    }
+    if (!mix_frontier(channel)) return false;
+    observer_.swap_mixed();
+    return true;
+  }
+
+  /// HOMO and LUMO become (HOMO + LUMO)/sqrt 2 and (LUMO - HOMO)/sqrt 2.
+  static bool mix_frontier(SPIN_CHANNEL_T& channel) {
+    const Eigen::Index lumo = channel.n_occupied;
+    if (lumo == 0 || lumo >= channel.orbitals.cols()) return false;
+    const VECTOR occupied = channel.orbitals.col(lumo - 1);
+    const VECTOR empty = channel.orbitals.col(lumo);
+    channel.orbitals.col(lumo - 1) = std::sqrt(0.5) * (occupied + empty);
+    channel.orbitals.col(lumo) = std::sqrt(0.5) * (empty - occupied);
+    return true;
+  }
+
+  OCCUPATION mode_;
+  bool mix_start_;
+  int first_reference_;  ///< the first iteration whose orbitals are worth following
+  const MATRIX& overlap_;
+  SCF_OBSERVER_T& observer_;
+  std::array<MATRIX, 2> previous_;
+};
+
+/// An atom in spherical functions: every angular momentum fills its own shells, all 2l + 1 components alike, so that the
+/// density stays spherical.
+class ATOMIC_T : public OCCUPATION_RULE_T {
+ public:
+  ATOMIC_T(const MOLECULE_T& molecule, const std::vector<SHELL_FILLING_T>& filling) : filling_(filling) {
+    for (const SHELL_T& shell : molecule.shells)
+      momentum_.insert(momentum_.end(), static_cast<std::size_t>(shell.nfunc), shell.l);
+  }
+
+  bool occupy(int /*iteration*/, std::size_t spin, SPIN_CHANNEL_T& channel) override {
+    std::vector<Eigen::Index> leading;
+    std::vector<double> fractions;
+    std::vector<int> seen(filling_[spin].size(), 0);
+    for (Eigen::Index j = 0; j < channel.orbitals.cols(); ++j) {
+      const auto l = static_cast<std::size_t>(momentum_of(channel.orbitals.col(j)));
+      if (l >= filling_[spin].size()) continue;
+      const auto shell = static_cast<std::size_t>(seen[l]++) / (2 * l + 1);
+      if (shell >= filling_[spin][l].size()) continue;
+      leading.push_back(j);
+      fractions.push_back(filling_[spin][l][shell]);
+    }
+    bring_forward(leading, channel);
+    channel.n_occupied = static_cast<int>(leading.size());
+    channel.occupations = Eigen::Map<const VECTOR>(fractions.data(), static_cast<Eigen::Index>(fractions.size()));
+    return false;
+  }
+
+ private:
+  /// Angular momentum that carries most of an orbital.
+  int momentum_of(const VECTOR& orbital) const {
+    std::array<double, 8> weight = {};
+    for (Eigen::Index i = 0; i < orbital.size(); ++i)
+      weight[static_cast<std::size_t>(momentum_[static_cast<std::size_t>(i)])] += orbital(i) * orbital(i);
+    return static_cast<int>(std::max_element(weight.begin(), weight.end()) - weight.begin());
+  }
+
+  const std::vector<SHELL_FILLING_T>& filling_;
+  std::vector<int> momentum_;  ///< of every basis function
+};
+
+}  // namespace
+
+std::unique_ptr<OCCUPATION_RULE_T> make_occupation_rule(const MOLECULE_T& molecule, const SCF_SETTINGS_T& settings,
+                                                        const SCF_START_T& start, const MATRIX& overlap,
+                                                        SCF_OBSERVER_T& observer) {
+  if (!settings.atomic_filling.empty()) return std::make_unique<ATOMIC_T>(molecule, settings.atomic_filling);
+  if (!molecule.unrestricted) return std::make_unique<LOWEST_T>();
+  // A singlet that may break its spin symmetry needs a start that has broken it.
+  const bool mix_start =
+      settings.occupation == OCCUPATION::mix && molecule.n_alpha == molecule.n_beta && !start.from_converged_run;
+  // The orbitals of a guess and of its first Fock matrix may be ordered wrongly: holding on to them would lead to an excited
+  // state. Those of a finished run are to be followed from the start.
+  const int first_reference = start.from_converged_run ? 1 : 2;
+  return std::make_unique<CONTROLLED_T>(settings.occupation, mix_start, first_reference, overlap, observer);
+}
+
+}  // namespace zentrix::SCF

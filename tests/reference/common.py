@@ -1,0 +1,47 @@
+"""What the scripts that make references share: this program's basis files in PySCF's layout, geometries, the factor of length."""
+from pathlib import Path
+
+from pyscf import gto
+
+BOHR = 1.8897261246257702
+
+
+def file_stem(name):
+    if "(P)" in name:
+        return name.lower()
+    stem = name.replace("**", "dp").replace("*", "d").replace("+", "p")
+    return "".join(c for c in stem if c not in "(), ").lower()
+
+
+def read_basis(folder, name, symbol):
+    """Shells of an element in PySCF's own layout, from the program's file."""
+    shells, block_start, inside = [], True, False
+    for line in (Path(folder) / f"{file_stem(name)}.dat").read_text().split("\n"):
+        words = line.replace("D", "e").split() if inside and line[:1] == " " else line.split()
+        if not words or line.startswith("!"):
+            continue
+        if words[0].startswith("****"):
+            if inside:
+                break
+            block_start = True
+        elif block_start:
+            inside, block_start = words[0].upper() == symbol.upper(), False
+        elif inside and words[0].upper().isalpha():
+            current = [["SPDFG".index(c)] for c in words[0].upper()]
+            shells += current
+        elif inside:
+            for k, shell in enumerate(current):
+                shell.append([float(words[0]), float(words[k + 1])])
+    assert shells, (name, symbol)
+    return shells
+
+
+def atoms_of(text):
+    """"O 0 0 0; H 0 0 1" -> [("O", [0, 0, 0]), ...], angstrom."""
+    return [(line.split()[0], [float(x) for x in line.split()[1:]]) for line in text.split(";")]
+
+
+def molecule(folder, atoms, basis, spherical, charge=0, multiplicity=1):
+    """The peer's molecule with this program's basis numbers and factor from angstrom to bohr."""
+    return gto.M(atom=[(s, [x * BOHR for x in r]) for s, r in atoms], unit="Bohr", charge=charge, spin=multiplicity - 1,
+                 cart=not spherical, verbose=0, basis={s: read_basis(folder, basis, s) for s, _ in atoms})

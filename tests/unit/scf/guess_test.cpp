@@ -1,0 +1,153 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "scf/atomic_states.hpp"
+#include "scf/guess.hpp"
+#include "scf/scf_report.hpp"
+#include "support/molecules.hpp"
+
+// Atomic ground states, the superposition of atomic densities and the rules that choose a guess.
+
+namespace {
+
+using namespace zentrix;
+using namespace zentrix::SCF;
+using INPUT_PARSER::GUESS;
+using ::testing::HasSubstr;
+
+int multiplicity(int z) { return atomic_ground_state(z).multiplicity(); }
+
+TEST(ATOMIC_STATES, HoldAllElectronsAndKnownMultiplicities) {
+  for (int z = 1; z <= 86; ++z) {
+    const ATOMIC_STATE_T state = atomic_ground_state(z);
+    EXPECT_EQ(state.n_alpha + state.n_beta, z);
+    double counted = 0.0;
+    for (const SHELL_FILLING_T& spin : state.filling)
+      for (std::size_t l = 0; l < spin.size(); ++l)
+        for (const double fraction : spin[l]) counted += fraction * static_cast<double>(2 * l + 1);
+    EXPECT_NEAR(counted, z, 1e-12);
+  }
+  // Term symbols of the ground states.
+  const std::vector<std::pair<int, int>> known = {{1, 2},  {6, 3},  {7, 4},  {8, 3},  {24, 7}, {25, 6}, {26, 5}, {28, 3},
+                                                  {29, 2}, {41, 6}, {42, 7}, {44, 5}, {45, 4}, {46, 1}, {57, 2}, {58, 1},
+                                                  {63, 8}, {64, 9}, {70, 1}, {74, 5}, {78, 3}, {79, 2}, {82, 3}, {86, 1}};
+  for (const auto& [z, expected] : known) EXPECT_EQ(multiplicity(z), expected) << "Z=" << z;
+}
+
+TEST(ATOMIC_STATES, LoseTheShellsOfACorePotential) {
+  const ATOMIC_STATE_T iodine = atomic_ground_state(53, 28);  // 4s2 4p6 4d10 5s2 5p5
+  EXPECT_EQ(iodine.n_alpha + iodine.n_beta, 25);
+  EXPECT_EQ(iodine.filling[0][0].size(), 2U);
+  EXPECT_EQ(iodine.filling[0][1].size(), 2U);
+  EXPECT_EQ(iodine.filling[0][2].size(), 1U);
+  EXPECT_NEAR(iodine.filling[1][1][1], 2.0 / 3.0, 1e-15);
+  const ATOMIC_STATE_T gold = atomic_ground_state(79, 60);  // 5s2 5p6 5d10 6s1
+  EXPECT_EQ(gold.n_alpha + gold.n_beta, 19);
+  EXPECT_EQ(gold.multiplicity(), 2);
+}
+
+struct GUESS_T {
+  MOLECULE_T molecule;
+  MATRIX overlap;
+  SCF_START_T start;
+  std::string report;
+};
+
+GUESS_T guess_of(MOLECULE_T molecule, GUESS wish) {
+  GUESS_T out{std::move(molecule), {}, {}, {}};
+  out.overlap = INTEGRALS_1E::overlap(out.molecule);
+  std::ostringstream report;
+  GUESS_PRINTER_T printer(report);
+  out.start = initial_guess(out.molecule, out.overlap, wish, printer);
+  out.report = report.str();
+  return out;
+}
+
+TEST(SAD_GUESS, DependsOnSpinTreatmentAndWish) {
+  MOLECULE_T molecule = TESTS::sample_molecule(TESTS::water, "6-31G*");
+  EXPECT_EQ(guess_of(molecule, GUESS::automatic).start.guess_name, "core Hamiltonian");
+  EXPECT_EQ(guess_of(molecule, GUESS::core).report, "");
+  const GUESS_T restricted = guess_of(molecule, GUESS::sad);
+  EXPECT_EQ(restricted.start.densities.size(), 1U);
+  EXPECT_NEAR(restricted.start.densities[0].cwiseProduct(restricted.overlap).sum(), 10.0, 1e-9);
+  molecule.unrestricted = true;
+  EXPECT_TRUE(guess_of(molecule, GUESS::core).start.densities.empty());
+  const GUESS_T automatic = guess_of(molecule, GUESS::automatic);
+  EXPECT_EQ(automatic.start.guess_name, "SAD (Superposition of Atomic Densities)");
+  ASSERT_EQ(automatic.start.densities.size(), 2U);
+  for (const MATRIX& density : automatic.start.densities)
+    EXPECT_NEAR(density.cwiseProduct(automatic.overlap).sum(), 5.0, 1e-9);
+  EXPECT_THAT(automatic.report, HasSubstr("   SAD atomic UHF: Z=8  nelec=8  nalpha=5  nbeta=3  (mult=3)\n"));
+}
+
+TEST(SAD_GUESS, GivesAtomsTheirOwnEnergyAndASphericalDensity) {
+  // A lone nitrogen atom: the guess is its converged density, so the first energy is the last one.
+  for (const bool spherical : {true, false}) {
+    MOLECULE_T atom = TESTS::sample_molecule("N 0.3 -0.2 0.1\n", "cc-pVTZ", {0, 4, spherical});
+    const GUESS_T guess = guess_of(atom, GUESS::automatic);
+    GEOMETRY_DATA_T geometry(atom, INTEGRALS_1E::one_electron_matrices(atom));
+    SCF_OBSERVER_T silent;
+    SCF_SETTINGS_T once;
+    once.max_iterations = 1;
+    const double first = run_scf(geometry, hartree_fock_terms(geometry), once, guess.start, silent).energy.total();
+    const double last = run_scf(geometry, hartree_fock_terms(geometry), {}, guess.start, silent).energy.total();
+    EXPECT_NEAR(first, last, spherical ? 1e-6 : 1e-3);
+  }
+  // Oxygen has an open p shell: the three p directions must look alike.
+  const GUESS_T oxygen = guess_of(TESTS::sample_molecule("O 0 0 0\n", "6-31G", {0, 3, true}), GUESS::automatic);
+  const MATRIX& beta = oxygen.start.densities[1];
+  const SHELL_T* p = nullptr;
+  for (const SHELL_T& shell : oxygen.molecule.shells)
+    if (shell.l == 1) p = &shell;
+  ASSERT_NE(p, nullptr);
+  EXPECT_GT(beta(p->first, p->first), 0.01);
+  EXPECT_NEAR(beta(p->first, p->first), beta(p->first + 1, p->first + 1), 1e-8);
+  EXPECT_NEAR(beta(p->first, p->first), beta(p->first + 2, p->first + 2), 1e-8);
+}
+
+TEST(SAD_GUESS, ConvergesForEveryElementOfTheSmallBasis) {
+  for (int z = 1; z <= 36; ++z) {
+    const int charge = 0;
+    const int multiplicity = z % 2 == 0 ? 1 : 2;
+    const GUESS_T guess =
+        guess_of(TESTS::sample_molecule(element_symbol(z) + " 0 0 0\n", "3-21G", {charge, multiplicity, true}), GUESS::sad);
+    EXPECT_THAT(guess.report, HasSubstr("SAD guess assembled.")) << z;
+    EXPECT_THAT(guess.report, ::testing::Not(HasSubstr("did not reach"))) << z;
+  }
+}
+
+TEST(SAD_GUESS, FallsBackWithAReason) {
+  // Two oxygens with different shells.
+  MOLECULE_T mixed = TESTS::sample_molecule("O 0 0 0\nO 0 0 1.2\n", "6-31G*", {0, 3, false});
+  mixed.shells[mixed.shells.size() - 1].alpha[0] *= 1.5;
+  const GUESS_T mismatch = guess_of(mixed, GUESS::sad);
+  EXPECT_THAT(mismatch.report,
+              HasSubstr("   SAD: shell mismatch between atoms of element Z=8 (mixed basis?); falling back to core-H guess\n"
+                        "   SAD unavailable; using core-Hamiltonian guess.\n"));
+  EXPECT_EQ(mismatch.start.guess_name, "core Hamiltonian");
+  // A basis without p functions cannot hold oxygen.
+  MOLECULE_T poor = TESTS::sample_molecule("O 0 0 0\n", "6-31G", {0, 3, false});
+  std::erase_if(poor.shells, [](const SHELL_T& shell) { return shell.l > 0; });
+  count_basis_functions(poor);
+  EXPECT_THAT(guess_of(poor, GUESS::sad).report,
+              HasSubstr("   SAD: atomic UHF failed for Z=8; falling back to core-H guess overall\n"));
+}
+
+TEST(SAD_GUESS, LeavesGhostsEmptyAndFillsBothSpinsOfHydrogen) {
+  MOLECULE_T molecule = TESTS::sample_molecule("H 0 0 0\nH 0 0 0.74\nHe 0 0 5\n", "6-31G", {});
+  molecule.atoms[2].ghost = true;
+  molecule.atoms[2].charge = 0.0;
+  molecule.n_electrons = 2;
+  molecule.n_alpha = molecule.n_beta = 1;
+  molecule.unrestricted = true;
+  const GUESS_T guess = guess_of(molecule, GUESS::automatic);
+  ASSERT_EQ(guess.start.densities.size(), 2U);
+  for (const MATRIX& density : guess.start.densities) {
+    EXPECT_NEAR(density.cwiseProduct(guess.overlap).sum(), 1.0, 1e-9);
+    EXPECT_EQ(density.bottomRightCorner(2, 2).norm(), 0.0);
+  }
+}
+
+}  // namespace
