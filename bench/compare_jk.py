@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""One J+K build of this engine next to PySCF's: same molecule, basis, density, threshold and threads, in one run.
+"""One J+K build of this engine next to PySCF's: same molecule, basis, density and threads, in one run. PySCF screens at
+1e-11, this engine at its default threshold, which is tighter.
 
-usage: compare_jk.py BUILD_FOLDER [--case NAME ...] [--threads N] [--repeat N]
+usage: compare_jk.py BUILD_FOLDER [--case NAME ...] [--threads N] [--repeat N] [--keep PATH]
 
 PySCF (from the Python registry) makes the molecule and a density, which go to the program BUILD_FOLDER/bench/jk_from_file
 in a plain file. Both sides then build J and K directly, with pair data and Schwarz bounds made beforehand. Printed: medians,
@@ -126,7 +127,7 @@ def run_case(name, arguments):
         peer_times.append(time.perf_counter() - start)
 
     with tempfile.TemporaryDirectory() as folder:
-        path = os.path.join(folder, "case")
+        path = arguments.keep or os.path.join(folder, "case")
         write_case(path, mol, numpy.ascontiguousarray(to_ours(density, 1)))
         environment = dict(os.environ, OMP_NUM_THREADS=str(arguments.threads))
         program = os.path.join(arguments.build, "bench", "jk_from_file")
@@ -148,6 +149,7 @@ def main():
     parser.add_argument("--case", nargs="*", default=["caffeine-631gs"], choices=list(CASES))
     parser.add_argument("--threads", type=int, default=1)
     parser.add_argument("--repeat", type=int, default=1)
+    parser.add_argument("--keep", metavar="PATH", help="leave the case's files at PATH, for jk_from_file")
     arguments = parser.parse_args()
     for name in arguments.case:
         run_case(name, arguments)

@@ -1,6 +1,9 @@
 // Times direct J and K builds of a molecule and density written by compare_jk.py, and writes the matrices back.
 //
-// usage: jk_from_file PATH REPEATS     (prints medians in seconds: setup, j, k, and store figures when ZENTRIX_STORE is set)
+// usage: jk_from_file PATH REPEATS [THRESHOLD...]
+//
+// Prints medians in seconds: setup, j, k, and store figures when ZENTRIX_STORE is set. With thresholds, prints a row for
+// each instead: times and largest errors of J and K against builds that neglect next to nothing.
 
 #include <algorithm>
 #include <chrono>
@@ -57,11 +60,34 @@ double median_seconds(int repeats, const std::function<void()>& work) {
   return times[static_cast<std::size_t>(repeats / 2)];
 }
 
+double largest_difference(const MATRIX& a, const MATRIX& b) { return (a - b).cwiseAbs().maxCoeff(); }
+
+/// What a threshold costs and what it does to the matrices; last the same of the store, when ZENTRIX_STORE is set.
+void compare_thresholds(INTEGRALS_2E::JK_BUILDER& builder, const std::vector<MATRIX>& density, int repeats, int count,
+                        char** thresholds) {
+  constexpr double next_to_nothing = 1e-16;
+  const INTEGRALS_2E::JK_RESULT_T exact = builder.build(density, density, next_to_nothing);
+  for (int n = 0; n < count; ++n) {
+    const double threshold = std::atof(thresholds[n]);
+    INTEGRALS_2E::JK_RESULT_T j, k;
+    const double j_time = median_seconds(repeats, [&] { j = builder.build(density, {}, threshold); });
+    const double k_time = median_seconds(repeats, [&] { k = builder.build({}, density, threshold); });
+    std::cout << "threshold " << threshold << "  j " << j_time << "  error " << largest_difference(j.j[0], exact.j[0])
+              << "  k " << k_time << "  error " << largest_difference(k.k[0], exact.k[0]) << std::endl;
+  }
+  if (std::getenv("ZENTRIX_STORE") == nullptr) return;
+  builder.fill_store();
+  const INTEGRALS_2E::JK_RESULT_T stored = builder.build(density, density);
+  std::cout << "store of " << static_cast<double>(builder.store_bytes()) / (1024.0 * 1024.0) << " MB  error of j "
+            << largest_difference(stored.j[0], exact.j[0]) << "  of k " << largest_difference(stored.k[0], exact.k[0])
+            << std::endl;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::cerr << "usage: jk_from_file PATH REPEATS\n";
+  if (argc < 3) {
+    std::cerr << "usage: jk_from_file PATH REPEATS [THRESHOLD...]\n";
     return 1;
   }
   const std::string path = argv[1];
@@ -71,6 +97,11 @@ int main(int argc, char** argv) {
   const auto bytes = static_cast<std::streamsize>(sizeof(double)) * density[0].size();
   std::ifstream(path + ".density", std::ios::binary).read(reinterpret_cast<char*>(density[0].data()), bytes);
 
+  if (argc > 3) {
+    INTEGRALS_2E::JK_BUILDER builder(molecule);
+    compare_thresholds(builder, density, repeats, argc - 3, argv + 3);
+    return 0;
+  }
   std::cout << "setup " << median_seconds(repeats, [&] { INTEGRALS_2E::JK_BUILDER builder(molecule); }) << '\n';
   INTEGRALS_2E::JK_BUILDER builder(molecule);
   INTEGRALS_2E::JK_RESULT_T j, k;

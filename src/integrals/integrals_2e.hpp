@@ -13,10 +13,13 @@
 
 namespace zentrix::INTEGRALS_2E {
 
-/// Default neglect threshold: contributions to J and K whose rigorous bound lies below it are skipped.
-inline constexpr double JK_THRESHOLD = 1e-11;
-/// Quartets with Q_ij Q_kl below this are neither counted nor stored; the plain product, as no density is known yet.
-inline constexpr double STORE_THRESHOLD = 1e-12;
+/// Default neglect threshold: contributions to J and K whose rigorous bound lies below it are skipped. They add up, to some
+/// forty thresholds in an element of K and as many in one of J (docs/performance.md), and are to stay below 1e-10 hartree in
+/// every element of a Fock matrix.
+inline constexpr double JK_THRESHOLD = 5e-13;
+/// Quartets with Q_ij Q_kl below this are neither counted nor stored; the plain product, as no density is known yet. The
+/// same goal as above.
+inline constexpr double STORE_THRESHOLD = 5e-13;
 
 /// Whether that many integrals fit into limit_mb x 2^20 bytes; exactly full still fits.
 constexpr bool store_fits(std::int64_t integrals, int limit_mb) {
