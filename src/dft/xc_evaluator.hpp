@@ -1,6 +1,9 @@
 #pragma once
 
+#include <vector>
+
 #include "dft/functional_catalogue.hpp"
+#include "dft/kernels/xc_kernels.hpp"
 
 // Exchange-correlation energy density and its derivatives at a batch of points.
 
@@ -20,6 +23,7 @@ namespace zentrix::DFT {
 /// gradients and tau are kept inside their physical bounds. Const and free of shared state: any number of threads may call.
 class XC_EVALUATOR_T {
  public:
+  /// Components without a kernel contribute nothing. Chooses the instruction set (kernels::chosen_isa).
   XC_EVALUATOR_T(const FUNCTIONAL_T& functional, int channels);
 
   int channels() const { return channels_; }
@@ -33,7 +37,11 @@ class XC_EVALUATOR_T {
   void evaluate_second(int n, int stride, const double* values, double* energy, double* first, double* second) const;
 
  private:
-  FUNCTIONAL_T functional_;
+  struct TERM_T {
+    kernels::XC_KERNEL first_order, second_order;
+    double weight;
+  };
+  std::vector<TERM_T> terms_;
   int channels_ = 1;
   int variables_ = 1;
 };
