@@ -12,7 +12,7 @@
 #include <random>
 
 #include "bench_molecules.hpp"
-#include "integrals/aligned_vector.hpp"
+#include "simd/aligned_vector.hpp"
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/kernels/coulomb_kernels.hpp"
 
