@@ -101,12 +101,12 @@ MOLECULAR_GRID_T build_grid(const MOLECULE_T& molecule, int level, std::ostream&
   const std::vector<TASK_T> tasks = make_tasks(molecule, atomic_grids, points);
   resize(grid, points);
 #pragma omp parallel for schedule(dynamic)
-  for (std::size_t t = 0; t < tasks.size(); ++t) {
-    const ATOM_T& atom = molecule.atoms[tasks[t].atom];
+  for (const TASK_T& task : tasks) {
+    const ATOM_T& atom = molecule.atoms[task.atom];
     const std::vector<RADIAL_SHELL_T>& shells = atomic_grids.at(atom.z);
-    std::size_t first = tasks[t].first_point;
-    for (int s = tasks[t].first_shell; s < tasks[t].end_shell; ++s) {
-      place_shell(atom, tasks[t].atom, shells[s], partition, first, grid);
+    std::size_t first = task.first_point;
+    for (int s = task.first_shell; s < task.end_shell; ++s) {
+      place_shell(atom, task.atom, shells[s], partition, first, grid);
       first += shells[s].rule->size();
     }
   }

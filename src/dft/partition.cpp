@@ -7,6 +7,20 @@
 #include "dft/atomic_scales.hpp"
 
 namespace zentrix::DFT_GRID {
+namespace {
+
+/// Memory of the calling thread for the kernels, on a cache line; it lives as long as the thread.
+double* scratch(std::size_t doubles) {
+  struct alignas(64) LINE_T {
+    double value[kernels::MAX_LANES];
+  };
+  thread_local std::vector<LINE_T> memory;
+  const std::size_t lines = doubles / kernels::MAX_LANES;
+  if (memory.size() < lines) memory.resize(lines);
+  return memory.front().value;
+}
+
+}  // namespace
 
 double size_adjustment(SIZE_ADJUSTMENT kind, double radius_i, double radius_j) {
   if (kind == SIZE_ADJUSTMENT::none) return 0.0;
@@ -52,12 +66,14 @@ kernels::FUZZY_CELLS_T PARTITION_T::cells() const {
 
 void PARTITION_T::weights(int owner, int n, const double* x, const double* y, const double* z, double negligible,
                           double* weight) const {
-  struct alignas(64) LANES_T {
-    double value[kernels::MAX_LANES];
-  };
-  thread_local std::vector<LANES_T> scratch;
-  if (scratch.size() < x_.size()) scratch.resize(x_.size());
-  ZX_PICK(isa_, cell_weights)(cells(), {owner, n, x, y, z, negligible}, scratch.front().value, weight);
+  double* memory = scratch(kernels::CELL_WEIGHTS_SCRATCH * x_.size());
+  ZX_PICK(isa_, cell_weights)(cells(), {owner, n, x, y, z}, negligible, memory, weight);
+}
+
+void PARTITION_T::add_gradient(int owner, int n, const double* x, const double* y, const double* z, const double* value,
+                               double* gradient) const {
+  double* memory = scratch(kernels::CELL_GRADIENT_SCRATCH * x_.size());
+  ZX_PICK(isa_, cell_gradient)(cells(), {owner, n, x, y, z}, value, memory, gradient);
 }
 
 }  // namespace zentrix::DFT_GRID

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "dft/grid.hpp"
-#include "dft/kernels/partition_kernels.hpp"
+#include "dft/kernels/cell_kernels.hpp"
 #include "molecule/types.hpp"
 
 // Fuzzy cells: A. D. Becke, J. Chem. Phys. 88 (1988) 2547. Every point of space is shared out among the atoms,
@@ -28,6 +28,12 @@ class PARTITION_T {
   /// Weights of `owner` at n points (bohr), fastest when neighbours in the list are neighbours in space. Weights below
   /// `negligible` may come back as zero; the others are exact to rounding: no atom is left out of a product.
   void weights(int owner, int n, const double* x, const double* y, const double* z, double negligible, double* weight) const;
+
+  /// gradient[3 C + axis] += sum_p value_p d ln w_owner(p) / d X_C (bohr^-1), the points moving along with their owner; with
+  /// value_p = grid weight times integrand this is what the motion of the nuclei does to a sum over points through the
+  /// weights. The change of the integrand is not in it. The sum over all atoms is zero.
+  void add_gradient(int owner, int n, const double* x, const double* y, const double* z, const double* value,
+                    double* gradient) const;
 
  private:
   kernels::FUZZY_CELLS_T cells() const;
