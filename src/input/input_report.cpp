@@ -4,6 +4,7 @@
 #include "constants/units.hpp"
 #include "input/input_parser.hpp"
 #include "input/text.hpp"
+#include "report/layout.hpp"
 
 namespace zentrix::INPUT_PARSER {
 namespace {
@@ -86,7 +87,7 @@ void print_geometry(const INPUT_DATA_T& input, std::ostream& report) {
              rule, rule);
   for (const INPUT_ATOM_T& atom : input.atoms) {
     fmt::print(report, "    {:<3s}", element_symbol(atom.z));
-    for (const double x : atom.position) fmt::print(report, "{:13.7f}", x / BOHR_PER_ANGSTROM + 0.0);
+    for (const double x : atom.position) fmt::print(report, "{:13.7f}", without_minus_zero(x / BOHR_PER_ANGSTROM, 7));
     if (atom.fragment > 0) fmt::print(report, "   fragment {}", atom.fragment);
     fmt::print(report, "\n");
   }

@@ -27,6 +27,10 @@ READ_STATUS read_line(std::istream& file, INPUT_LINE_T& line, std::ostream& repo
     }
   }
   if (!any) return READ_STATUS::end;
+  if (raw.find('\0') != std::string::npos) {  // UTF-16, or no text at all
+    fmt::print(report, " *** ERROR: the input file contains NUL characters; it must be plain text (ASCII or UTF-8).\n");
+    return READ_STATUS::error;
+  }
   std::string_view text = raw;
   if (text.substr(0, byte_order_mark.size()) == byte_order_mark) text.remove_prefix(byte_order_mark.size());
   line.written = trimmed(text);

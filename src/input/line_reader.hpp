@@ -18,7 +18,7 @@ struct INPUT_LINE_T {
 enum class READ_STATUS { line, end, error };
 
 /// Reads one line; the last one needs no line end, CR LF ends and a byte order mark at the start of the file are accepted. A
-/// line longer than the limit is an error (its message is printed), never a silent cut.
+/// line longer than the limit is an error (its message is printed), never a silent cut, and so is a NUL character.
 READ_STATUS read_line(std::istream& file, INPUT_LINE_T& line, std::ostream& report);
 
 }  // namespace zentrix::INPUT_PARSER

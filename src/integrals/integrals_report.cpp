@@ -5,6 +5,7 @@
 #include "constants/limits.hpp"
 #include "integrals/boys.hpp"
 #include "integrals/one_electron.hpp"
+#include "report/layout.hpp"
 
 // Everything the integral subsystem says in the report.
 
@@ -54,7 +55,7 @@ void print_matrix(const std::string& title, const MATRIX& matrix, std::ostream& 
     fmt::print(report, "\n");
     for (Eigen::Index r = 0; r < matrix.rows(); ++r) {
       fmt::print(report, "   {:4d}", r + 1);
-      for (Eigen::Index c = first; c < last; ++c) fmt::print(report, "{:14.8f}", matrix(r, c));
+      for (Eigen::Index c = first; c < last; ++c) fmt::print(report, "{:14.8f}", without_minus_zero(matrix(r, c), 8));
       fmt::print(report, "\n");
     }
   }

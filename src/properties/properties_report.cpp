@@ -8,6 +8,7 @@
 #include "constants/units.hpp"
 #include "molecule/cartesian.hpp"
 #include "properties/properties.hpp"
+#include "report/layout.hpp"
 
 namespace zentrix::PROPERTIES {
 namespace {
@@ -15,10 +16,9 @@ namespace {
 const std::string double_rule = "   " + std::string(48, '=');
 const std::string single_rule = "   " + std::string(48, '-');
 
-/// Adding zero turns the "-0.000000" of a rounded negative into a plain zero.
 void print_vector(const char* label, const std::array<double, 3>& v, std::ostream& report) {
   fmt::print(report, "{}", label);
-  for (const double x : v) fmt::print(report, "{:16.8f}", std::abs(x) < 5e-9 ? 0.0 : x);
+  for (const double x : v) fmt::print(report, "{:16.8f}", without_minus_zero(x, 8));
   fmt::print(report, "\n");
 }
 
@@ -59,7 +59,7 @@ void print_coefficients(const MATRIX& orbitals, const std::vector<std::string>& 
     fmt::print(report, "\n");
     for (Eigen::Index r = 0; r < orbitals.rows(); ++r) {
       fmt::print(report, "{:5d} {}", r + 1, labels[static_cast<std::size_t>(r)]);
-      for (Eigen::Index c = first; c < last; ++c) fmt::print(report, "{:12.6f}", orbitals(r, c));
+      for (Eigen::Index c = first; c < last; ++c) fmt::print(report, "{:12.6f}", without_minus_zero(orbitals(r, c), 6));
       fmt::print(report, "\n");
     }
   }
@@ -72,7 +72,7 @@ void print_populations(const MOLECULE_T& molecule, const POPULATIONS_T& populati
              double_rule, single_rule);
   for (std::size_t a = 0; a < molecule.atoms.size(); ++a) {
     fmt::print(report, "   {:5d}      {:<2s}     {:12.6f} {:12.6f}\n", a + 1, molecule.atoms[a].symbol,
-               populations.population[a], populations.charge[a]);
+               without_minus_zero(populations.population[a], 6), without_minus_zero(populations.charge[a], 6));
   }
   const double total = std::accumulate(populations.population.begin(), populations.population.end(), 0.0);
   fmt::print(report, "{}\n   Total electrons: {:16.6f}\n{}\n", single_rule, total, double_rule);

@@ -3,6 +3,7 @@
 #include <fmt/chrono.h>
 #include <fmt/ostream.h>
 
+#include <cmath>
 #include <ctime>
 
 namespace zentrix {
@@ -16,5 +17,7 @@ void print_section_heading(const std::string& number, const std::string& title, 
 void print_timestamp(std::ostream& report) {
   fmt::print(report, " Date and time: {:%Y-%m-%d %H:%M:%S}\n", fmt::localtime(std::time(nullptr)));
 }
+
+double without_minus_zero(double x, int decimals) { return std::abs(x) < 0.5 * std::pow(10.0, -decimals) ? 0.0 : x; }
 
 }  // namespace zentrix

@@ -16,4 +16,7 @@ void print_section_heading(const std::string& number, const std::string& title, 
 /// Current local date and time on one line.
 void print_timestamp(std::ostream& report);
 
+/// The value as it is to be printed with so many decimals: a negative that would show as "-0.000" becomes a plain zero.
+double without_minus_zero(double x, int decimals);
+
 }  // namespace zentrix

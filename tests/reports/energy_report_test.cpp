@@ -117,6 +117,7 @@ TEST(EnergyReport, OptionalOutput) {
                         "  SCF iterations (*) ", "  Properties & output ", "  Total program ", "  Other / unaccounted ",
                         "  (*) SCF time includes 2e-integrals and DFT XC contributions\n"});
   EXPECT_TRUE(run.ends_with(std::string(90, '=') + "\n"));
+  for (const char* zero : {"-0.000000 ", "-0.000000\n", "-0.00000000"}) EXPECT_FALSE(run.says(zero)) << run.report;
   const auto wall = [&](const std::string& label) {
     return std::stod(run.report.substr(run.report.find("\n  " + label) + 3 + 28 + 6, 11));
   };

@@ -57,6 +57,22 @@ TEST(InputFile, LinesUpToTheBufferAreWholeAndLongerOnesAreRefused) {
                                std::string(49, 'x') + "\n            Run aborted.\n");
 }
 
+TEST(InputFile, NulCharactersAreNoBlanks) {
+  // "0\0" once read as "0" and the rest of the number as a column of its own; the second text is UTF-16.
+  const std::string cut(
+      "%geo\nHe 0 0 0.\0"
+      "117\n*end\n",
+      23);
+  const std::string wide("\xFF\xFE%\0g\0e\0o\0\n\0", 12);
+  for (const std::string& text : {cut, wide}) {
+    const auto result = parse(text);
+    EXPECT_EQ(result.error, 1);
+    EXPECT_EQ(result.report,
+              " *** ERROR: the input file contains NUL characters; it must be plain text (ASCII or UTF-8).\n"
+              "            Run aborted.\n");
+  }
+}
+
 TEST(InputFile, BlocksThatStayOpenOrComeTwice) {
   const std::pair<std::string, const char*> cases[] = {
       {"%scan\nR 2 1 2 0.1\n%method hf\n", " *** ERROR: %-keyword inside an open %scan block (missing *end?): %method hf\n"},

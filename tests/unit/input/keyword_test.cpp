@@ -106,6 +106,7 @@ TEST(Keywords, RefusedValuesQuoteTheLineAndWhatIsAccepted) {
       {"%scf_ptol 1e-6x", "expected: real number (e.g. 1e-6)"},
       {"%scf_gtol 1e999", "expected: positive real (e.g. 1e-5)"},
       {"%level_shift some", "expected: AUTO, OFF, or real number"},
+      {"%level_shift 1e300", "expected: AUTO, OFF, or real number"},
       {"%damping 1", "expected: real number (e.g. 0.5)"},
       {"%scf_diis_cond_max 1", "expected: real > 1 (e.g. 1e10)"},
       {"%eri_mem_limit 0", "expected: positive integer in MB (e.g. 4096)"},

@@ -19,8 +19,8 @@ MATRIX core_density(const MOLECULE_T& molecule) {
 
 MATRIX fock_part(const JK_RESULT_T& built) { return built.j[0] - 0.5 * built.k[0]; }
 
-// Neglected contributions are to stay below 1e-10 in every element of every Fock matrix. They add up, the more the larger the
-// molecule (docs/performance.md), so this small one is held to a fifth of that.
+// Neglected contributions are to stay below 1e-10 in every element of every Fock matrix. They add up, the more the larger
+// the molecule (docs/performance.md), so this small one is held to a fifth of that.
 TEST(jk_accuracy, default_thresholds_leave_a_margin_in_the_fock_matrix) {
   const MOLECULE_T molecule = TESTS::sample_molecule(TESTS::caffeine, "STO-3G");
   const std::vector<MATRIX> density(1, core_density(molecule));
