@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "molecule/types.hpp"
@@ -28,6 +29,9 @@ struct GRID_LEVEL_T {
 
 /// The row of a level; levels outside 1..10 give that of level 2.
 const GRID_LEVEL_T& grid_level(int level);
+
+/// Level of a word of the input ("FINE", "ULTRAFINE", "TM", "G09", "ORCA7" or "1" to "10").
+int grid_level_number(std::string_view word);
 
 /// The molecular quadrature: integral of f = sum_p weight_p f(x_p, y_p, z_p). Points of one atom are consecutive.
 struct MOLECULAR_GRID_T {

@@ -1,3 +1,7 @@
+#include <array>
+#include <charconv>
+#include <utility>
+
 #include "dft/grid.hpp"
 
 namespace zentrix::DFT_GRID {
@@ -23,6 +27,16 @@ const GRID_LEVEL_T levels[] = {
 const GRID_LEVEL_T& grid_level(int level) {
   const bool known = level >= 1 && level <= static_cast<int>(std::size(levels));
   return levels[known ? level - 1 : 1];
+}
+
+int grid_level_number(std::string_view word) {
+  constexpr std::array<std::pair<std::string_view, int>, 5> names = {
+      {{"FINE", 6}, {"ULTRAFINE", 7}, {"TM", 8}, {"G09", 9}, {"ORCA7", 10}}};
+  for (const auto& [name, level] : names)
+    if (word == name) return level;
+  int level = 0;
+  std::from_chars(word.data(), word.data() + word.size(), level);
+  return level;
 }
 
 }  // namespace zentrix::DFT_GRID

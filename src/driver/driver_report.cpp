@@ -72,6 +72,13 @@ void print_final_energies(const SCF::ENERGY_PARTS_T& energy, std::ostream& repor
   fmt::print(report, "     Total energy:      {:20.10f}\n", energy.total());
 }
 
+void print_grid_quality(double integrated, int electrons, std::ostream& report) {
+  const double deviation = integrated - electrons;
+  fmt::print(report, "   Grid-quality check (density integration):\n");
+  fmt::print(report, "     Integrated N_e:    {:18.10f}   (exact = {})\n", integrated, electrons);
+  fmt::print(report, "     Deviation:         {:18.4e}   ({:.4e})\n", deviation, deviation / electrons);
+}
+
 void print_end_lines(double seconds, std::ostream& report) {
   const std::string rule = section_rule();
   fmt::print(report, "\n{}\n  Zentrix run completed.\n  Wall time: {:.2f} seconds\n{}\n", rule, seconds, rule);

@@ -21,6 +21,8 @@ void print_missing(const std::string& feature, std::ostream& report);
 void print_section_end(const std::string& line, int section, double seconds, std::ostream& report);
 /// The energy block of Section 7, hartree.
 void print_final_energies(const SCF::ENERGY_PARTS_T& energy, std::ostream& report);
+/// The integral of the density on the grid beside the electron count.
+void print_grid_quality(double integrated, int electrons, std::ostream& report);
 void print_end_lines(double seconds, std::ostream& report);
 /// The lines of the exception that is being handled; the reason a run stopped.
 void print_current_exception(std::ostream& report);

@@ -1,5 +1,6 @@
 #include <fmt/ostream.h>
 
+#include "dft/xc_integrator.hpp"
 #include "driver/driver_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/sections.hpp"
@@ -10,6 +11,13 @@
 
 namespace zentrix {
 namespace {
+
+/// How well the grid integrates the density that the run ended with.
+void check_grid(const RUN_T& run, std::ostream& report) {
+  const SCF::GEOMETRY_DATA_T& geometry = *run.geometry;
+  const double electrons = DFT::integrate_density(geometry.molecule, geometry.grid, run.scf.total_density());
+  print_grid_quality(electrons, geometry.molecule.n_electrons, report);
+}
 
 void print_properties(const RUN_T& run, std::ostream& report) {
   const MATRIX density = run.scf.total_density();
@@ -27,6 +35,7 @@ int section_output(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::properties);
     print_final_energies(run.scf.energy, report);
+    if (!run.functional.is_hartree_fock()) check_grid(run, report);
     if (run.scf.unrestricted()) SCF::print_spin(run.scf, report);
     print_properties(run, report);
   }

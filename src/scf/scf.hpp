@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "dft/functional_catalogue.hpp"
+#include "dft/grid.hpp"
 #include "input/input_data.hpp"
 #include "integrals/integrals_2e.hpp"
 #include "integrals/one_electron.hpp"
@@ -85,7 +87,8 @@ struct GEOMETRY_DATA_T {
   MOLECULE_T molecule;
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;
   INTEGRALS_2E::JK_BUILDER jk;
-  double nuclear_repulsion = 0.0;  ///< hartree
+  DFT_GRID::MOLECULAR_GRID_T grid;  ///< empty unless a density functional needs it
+  double nuclear_repulsion = 0.0;   ///< hartree
 };
 
 /// A contribution to the energy as the loop sees it: adds its part to every channel's Fock matrix and to the energy parts.
@@ -115,7 +118,12 @@ double spin_squared(const std::vector<SPIN_CHANNEL_T>& channels, const MATRIX& o
 /// S (S + 1) with S = (n_alpha - n_beta)/2.
 double exact_spin_squared(const std::vector<SPIN_CHANNEL_T>& channels);
 
-/// The terms of Hartree-Fock at a geometry: one-electron part, Coulomb and exchange.
+/// The terms of a method at a geometry: one-electron part, Coulomb and exchange with the functional's fraction of exact
+/// exchange, and the exchange-correlation part on the geometry's grid for a density functional. Basis-function values on the
+/// grid are kept in what the integral store leaves of `memory_limit_mb`.
+std::vector<std::unique_ptr<FOCK_TERM_T>> energy_terms(GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional,
+                                                       int memory_limit_mb);
+/// Those of Hartree-Fock.
 std::vector<std::unique_ptr<FOCK_TERM_T>> hartree_fock_terms(GEOMETRY_DATA_T& geometry);
 
 }  // namespace zentrix::SCF

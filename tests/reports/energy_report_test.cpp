@@ -140,3 +140,34 @@ TEST(EnergyReport, OpenShellsRunUnrestrictedFromAtomicDensities) {
        "   <S**2> = 2.03", "   (exact = 2.000000)", "   Beta orbital energies:\n",
        " --- Section 7: Output & Properties ---\n", "     Total energy:           -149.61", "   <S**2> = 2.03"});
 }
+
+TEST(EnergyReport, DensityFunctionalsBuildAGridAndCheckIt) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%method b3lyp5\n%basis 6-31G*\n%print_time\n" + water_geometry);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(
+      run, {"   Functional:       B3LYP5\n   Class:            Hybrid\n   HF exchange:       20.00 %\n",
+            " --- Building DFT integration grid ---\n   Grid               : Gaussian Fine\n",
+            "   Angular sizes      : 50 / 86 / 266 / 302 / 266\n",
+            " --- Section 3: SCF ---\n   Initial guess:             core Hamiltonian\n",
+            "   XC functional:             B3LYP5\n   Initial Fock matrix:       core Hamiltonian\n", "   SCF converged in ",
+            "   Final energies:\n     Electronic energy: ", "     XC energy:                -7.52",
+            " --- Section 7: Output & Properties ---\n", "     Total energy:            -76.37159",
+            "   Grid-quality check (density integration):\n     Integrated N_e:         10.000000",
+            "   (exact = 10)\n     Deviation:         ", "  DFT XC (grid integration)"});
+}
+
+TEST(EnergyReport, MetaGgaStartsFromAPbeDensity) {
+  const std::string input = "%method r2scan\n%basis STO-3G\n%grid 2\n" + water_geometry;
+  const PROGRAM_RUN_T run = run_program_in_folder(input);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run, {"   meta-GGA: PBE pre-converge for initial guess\n", "   XC functional:             PBE\n",
+                        "   PBE pre-converged, E = ", "   Starting meta-GGA SCF with PBE density...\n",
+                        "   Initial guess:             PBE pre-converged density\n",
+                        "   XC functional:             R2SCAN\n   Initial Fock matrix:       previous density\n"});
+  const PROGRAM_RUN_T open = run_program_in_folder("%spin uks\n" + input);
+  ASSERT_EQ(open.status, 0) << open.report;
+  EXPECT_FALSE(open.says("PBE pre-converge")) << open.report;
+  const PROGRAM_RUN_T short_run = run_program_in_folder("%scf_maxiter 3\n" + input);
+  EXPECT_EQ(short_run.status, 3);
+  EXPECT_TRUE(short_run.says("   PBE pre-converge: not fully converged, using best density\n")) << short_run.report;
+}
