@@ -5,19 +5,16 @@
 #include <numeric>
 
 #include "dft/atomic_scales.hpp"
+#include "simd/aligned_vector.hpp"
 
 namespace zentrix::DFT_GRID {
 namespace {
 
-/// Memory of the calling thread for the kernels, on a cache line; it lives as long as the thread.
+/// Memory of the calling thread for the kernels; it lives as long as the thread.
 double* scratch(std::size_t doubles) {
-  struct alignas(64) LINE_T {
-    double value[kernels::MAX_LANES];
-  };
-  thread_local std::vector<LINE_T> memory;
-  const std::size_t lines = doubles / kernels::MAX_LANES;
-  if (memory.size() < lines) memory.resize(lines);
-  return memory.front().value;
+  thread_local ALIGNED_VECTOR memory;
+  if (memory.size() < doubles) memory.resize(doubles);
+  return memory.data();
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST(GridLevels, SummaryOfRowsOutsideTheTable) {
   EXPECT_THAT(report.str(), testing::HasSubstr("   Becke size adj.    : mode=7 (unknown)\n"));
 }
 
-// Five zones: a shell on a boundary belongs to the inner zone on levels 6 and 7, to the outer one on level 10.
+// A shell on a boundary belongs to the inner zone on levels 2 to 7, to the outer one on level 10.
 TEST(Pruning, ZonesAndTheirBoundaries) {
   EXPECT_EQ(carbon_size(6, 0.1667), 50);
   EXPECT_EQ(carbon_size(6, 0.16671), 86);
@@ -104,6 +104,10 @@ TEST(Pruning, ZonesAndTheirBoundaries) {
   EXPECT_EQ(carbon_size(10, 0.2), 434);
   EXPECT_EQ(carbon_size(10, 0.9), 770);
   EXPECT_EQ(carbon_size(10, 4.0), 590);
+  EXPECT_EQ(carbon_size(3, 0.6), 86);
+  EXPECT_EQ(carbon_size(3, 5.0), 590);
+  EXPECT_EQ(carbon_size(3, 5.01), 302);
+  EXPECT_EQ(carbon_size(2, 0.61), 302);
   const auto sizes = [](int level, int z) { return angular_zones(grid_level(level), z).sizes; };
   const auto boundaries = [](int level, int z) { return angular_zones(grid_level(level), z).boundaries; };
   EXPECT_THAT(sizes(10, 2), testing::ElementsAre(50, 302, 434, 590, 434));
