@@ -36,6 +36,13 @@ class XC_EVALUATOR_T {
   /// The same and all second derivatives, packed by rows of the lower triangle: array v(v+1)/2 + w for w <= v.
   void evaluate_second(int n, int stride, const double* values, double* energy, double* first, double* second) const;
 
+  /// What evaluate_second gives, with the second derivatives by central differences of the first ones, for comparison
+  /// (%xc_deriv numerical): good to four digits or more inside the bounds, to two at vanishing gradients and at the lower
+  /// bound of tau, from which points are moved inwards by 5e-6 of it. Derivatives along the variables of a missing spin are
+  /// 0.
+  void evaluate_second_numerically(int n, int stride, const double* values, double* energy, double* first,
+                                   double* second) const;
+
  private:
   struct TERM_T {
     kernels::XC_KERNEL first_order, second_order;

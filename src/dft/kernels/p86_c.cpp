@@ -27,12 +27,12 @@ ZX_INLINE auto pz81(const POINT& q, const JET& rs) {
     return e0 + (pz81_limit(PZ81_POLARISED, rs, root, logarithm) - e0) * polarisation_function(q);
 }
 
-/// sqrt(sigma), kept away from the zero where its derivatives diverge; 1e-12 in units of rho^(4/3) changes no first
-/// derivative of the functional by more than 1e-12.
+/// |grad rho|, kept away from the zero where its derivatives with respect to sigma diverge: below 1e-6 rho^(4/3) it is held,
+/// which limits the second derivatives and changes the potential by 1e-12 of its gradient part.
 template <class POINT>
 ZX_INLINE auto gradient_length(const POINT& q) {
   const vec rho43 = q.rho.value * cbrt(q.rho.value);
-  return sqrt(raised_to(1e-24 * rho43 * rho43, q.sigma));
+  return sqrt(raised_to(1e-12 * rho43 * rho43, q.sigma));
 }
 
 /// J. P. Perdew, Phys. Rev. B 33 (1986) 8822 (erratum 34 (1986) 7406), eqs. 1 to 9, on the local part of Perdew and Zunger.
