@@ -8,7 +8,7 @@
 
 namespace zentrix::kernels::ZX_ISA {
 
-typedef unsigned long long bit_vec __attribute__((vector_size(8 * LANES)));
+using bit_vec __attribute__((vector_size(8 * LANES))) = unsigned long long;
 
 ZX_INLINE bit_vec bits_of(vec x) { return reinterpret_cast<bit_vec>(x); }
 ZX_INLINE vec from_bits(bit_vec b) { return reinterpret_cast<vec>(b); }

@@ -38,7 +38,6 @@ ZX_INLINE auto gradient_length(const POINT& q) {
 /// J. P. Perdew, Phys. Rev. B 33 (1986) 8822 (erratum 34 (1986) 7406), eqs. 1 to 9, on the local part of Perdew and Zunger.
 struct P86_C_T {
   static constexpr int INGREDIENTS = 2;
-  static constexpr bool SPIN_GRADIENTS = false;
 
   template <class POINT>
   static ZX_INLINE auto energy(const POINT& q) {

@@ -7,7 +7,6 @@ namespace {
 /// J. P. Perdew, K. Burke, M. Ernzerhof, Phys. Rev. Lett. 77 (1996) 3865, eqs. 3, 7, 8.
 struct PBE_C_T {
   static constexpr int INGREDIENTS = 2;
-  static constexpr bool SPIN_GRADIENTS = false;
 
   template <class POINT>
   static ZX_INLINE auto energy(const POINT& q) {

@@ -9,7 +9,6 @@ namespace {
 /// 6671, eqs. 11 to 16: local part, H0 and H1.
 struct PW91_C_T {
   static constexpr int INGREDIENTS = 2;
-  static constexpr bool SPIN_GRADIENTS = false;
 
   template <class POINT>
   static ZX_INLINE auto energy(const POINT& q) {

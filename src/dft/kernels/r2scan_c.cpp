@@ -30,7 +30,6 @@ ZX_INLINE auto single_orbital_spin_factor(const POINT& q) {
 
 struct R2SCAN_C_T {
   static constexpr int INGREDIENTS = 3;
-  static constexpr bool SPIN_GRADIENTS = false;
 
   /// Single-orbital limit: local part and the gradient term that leaves the energy of the high-density limit finite.
   template <class LDA0, class P>

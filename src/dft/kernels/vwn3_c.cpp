@@ -6,7 +6,6 @@ namespace {
 /// The fit to the random-phase approximation, both limits joined by the exchange-like f(zeta).
 struct VWN3_C_T {
   static constexpr int INGREDIENTS = 1;
-  static constexpr bool SPIN_GRADIENTS = false;
   static constexpr VWN_FIT_T unpolarised = {0.0310907, 13.0720, 42.7198, -0.409286};
   static constexpr VWN_FIT_T polarised = {0.01554535, 20.1231, 101.578, -0.743294};
 

@@ -6,7 +6,6 @@ namespace {
 /// Fit V: Monte Carlo energies of the unpolarised and the polarised gas, joined by the spin stiffness.
 struct VWN5_C_T {
   static constexpr int INGREDIENTS = 1;
-  static constexpr bool SPIN_GRADIENTS = false;
   static constexpr VWN_FIT_T unpolarised = {0.0310907, 3.72744, 12.9352, -0.10498};
   static constexpr VWN_FIT_T polarised = {0.01554535, 7.06042, 18.0578, -0.32500};
   static constexpr VWN_FIT_T stiffness = {-0.016886863940389628574, 1.13107, 13.0045, -0.0047584};  // a = -1/(6 pi^2)

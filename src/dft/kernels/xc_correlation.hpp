@@ -4,7 +4,9 @@
 
 // Driver of correlation components. A component is a record with
 //   static constexpr int INGREDIENTS        1 density, 2 with gradient, 3 with kinetic-energy density
-//   static constexpr bool SPIN_GRADIENTS    needs sigma_aa, sigma_ab, sigma_bb apart; otherwise the gradient of the total
+//   static constexpr bool SPIN_GRADIENTS    true where sigma_aa, sigma_ab, sigma_bb are needed apart; without it, the
+//   gradient
+//                                           of the total is passed
 //   static auto energy(point)               energy per volume, of a CLOSED_POINT_T or OPEN_POINT_T
 // The independent directions are the natural ones of correlation, total density and polarisation, so that what depends on
 // the density alone carries one derivative; derivatives with respect to the spin densities are formed once, at the end.
@@ -121,6 +123,7 @@ void correlation_closed(const XC_BATCH_T& batch, double weight) {
 template <class COMPONENT, int ORDER>
 struct OPEN_INPUT_T {
   static constexpr int K = COMPONENT::INGREDIENTS, VARIABLES = K == 1 ? 2 : K == 2 ? 5 : 7;
+  static constexpr bool APART = requires { COMPONENT::SPIN_GRADIENTS; };
   mask alive;
   OPEN_POINT_T<ORDER> point;
   vec dz_a, dz_b;              ///< d zeta / d rho_a, d rho_b
@@ -163,7 +166,7 @@ struct OPEN_INPUT_T {
   ZX_INLINE void set_gradients(const LANE_BLOCK_T& block, mask has_a, mask has_b, vec rho) {
     const vec aa = select(has_a, max(block.read(2), vec{}), vec{}), bb = select(has_b, max(block.read(4), vec{}), vec{});
     const vec ab = select(has_a & has_b, block.read(3), vec{});
-    if constexpr (COMPONENT::SPIN_GRADIENTS) {
+    if constexpr (APART) {
       const vec highest = bounded_gradient(broadcast(1e300), rho);
       point.s_aa = variable<SIGMA, ORDER>(min(aa, highest));
       point.s_ab = variable<SIGMA_AB, ORDER>(clamp(ab, -highest, highest));
@@ -175,11 +178,11 @@ struct OPEN_INPUT_T {
 
   /// Direction that variable V >= 2 moves along, and how far: |grad rho|^2 holds sigma_ab twice.
   template <int V>
-  static constexpr int direction = V >= 5                      ? TAU
-                                   : COMPONENT::SPIN_GRADIENTS ? V
-                                                               : SIGMA;
+  static constexpr int direction = V >= 5  ? TAU
+                                   : APART ? V
+                                           : SIGMA;
   template <int V>
-  static constexpr double rate = V == 3 && !COMPONENT::SPIN_GRADIENTS ? 2.0 : 1.0;
+  static constexpr double rate = V == 3 && !APART ? 2.0 : 1.0;
 
   template <int V, class JET>
   ZX_INLINE vec first(const JET& e) const {
