@@ -168,8 +168,35 @@ void point_scale(int rows, std::size_t functions, std::size_t n, const double* c
   rows == 1 ? scale_rows<1>(functions, n, c, a, a_stride, out) : scale_rows<4>(functions, n, c, a, a_stride, out);
 }
 
+/// Position of the derivative kl among the ten arrays.
+constexpr int second_derivative[3][3] = {{4, 5, 6}, {5, 7, 8}, {6, 8, 9}};
+
+void centre_sums(const CENTRE_TERMS_T& t, std::size_t functions, std::size_t n, double* per_function,
+                 double* const* per_point) {
+  for (std::size_t f = 0; f < functions; ++f) {
+    vec total[3] = {};
+    for (std::size_t p = 0; p < n; p += LANES) {
+      const std::size_t at = f * n + p;
+      vec u[3] = {};
+      if (t.x != nullptr)
+        for (int l = 0; l < 3; ++l) u[l] = load(t.g[l] + p) * load(t.x + at);
+      if (t.half_v_tau != nullptr)
+        for (int l = 0; l < 3; ++l) u[l] += load(t.half_v_tau + p) * load(t.y[l] + at);
+      const vec m = load(t.m + at);
+      for (int k = 0; k < 3; ++k) {
+        vec h = load(t.values + (k + 1) * t.stride + at) * m;
+        if (t.x != nullptr)
+          for (int l = 0; l < 3; ++l) h += load(t.values + second_derivative[k][l] * t.stride + at) * u[l];
+        total[k] += h;
+        store(per_point[k] + p, load(per_point[k] + p) + h);
+      }
+    }
+    for (int k = 0; k < 3; ++k) per_function[3 * f + k] = sum(total[k]);
+  }
+}
+
 }  // namespace
 
-GRID_KERNELS_T grid_kernels() { return {basis_values, point_sums, point_scale}; }
+GRID_KERNELS_T grid_kernels() { return {basis_values, point_sums, point_scale, centre_sums}; }
 
 }  // namespace zentrix::kernels::ZX_ISA

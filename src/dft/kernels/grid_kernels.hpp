@@ -33,10 +33,27 @@ using POINT_SUMS = void (*)(int rows, std::size_t functions, std::size_t n, cons
 using POINT_SCALE = void (*)(int rows, std::size_t functions, std::size_t n, const double* const* c, const double* a,
                              std::size_t a_stride, double* out);
 
+/// What the derivative with respect to the centre of a function is made of: h_k = d_k phi m + sum_l d_kl phi (g_l x +
+/// half_v_tau y_l). Without `x` there is the first term only, without `half_v_tau` no term in y.
+struct CENTRE_TERMS_T {
+  const double* values = nullptr;  ///< ten arrays of the basis functions (four without `x`), `stride` apart
+  std::size_t stride = 0;
+  const double* m = nullptr;
+  const double* x = nullptr;
+  const double* g[3] = {};  ///< per point
+  const double* half_v_tau = nullptr;
+  const double* y[3] = {};
+};
+
+/// per_function[3 f + k] = sum_p h_k of function f; per_point[k][p] += sum_f h_k.
+using CENTRE_SUMS = void (*)(const CENTRE_TERMS_T& terms, std::size_t functions, std::size_t n, double* per_function,
+                             double* const* per_point);
+
 struct GRID_KERNELS_T {
   BASIS_VALUES basis_values;
   POINT_SUMS point_sums;
   POINT_SCALE point_scale;
+  CENTRE_SUMS centre_sums;
 };
 
 }  // namespace zentrix::kernels

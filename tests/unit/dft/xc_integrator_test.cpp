@@ -10,6 +10,7 @@
 
 #include "dft/basis_on_grid.hpp"
 #include "dft/grid_batches.hpp"
+#include "dft/xc_gradient.hpp"
 #include "report/stop.hpp"
 #include "support/molecules.hpp"
 
@@ -165,6 +166,39 @@ TEST(XC_INTEGRATOR, OneAndTwoChannelsKeptAndRecomputedValuesAgree) {
     EXPECT_EQ((kept.potentials[0] - closed.potentials[0]).norm(), 0.0);
     EXPECT_NEAR(integrate_density(molecule, grid, total), closed.electrons, 1e-10);
   }
+}
+
+TEST(XC_GRADIENT, IsTheDerivativeOfTheEnergyAtFixedDensity) {
+  const std::string geometry = "O 0.1 0.0 0.1173\nH 0.0 0.7572 -0.4692\nLi 0.2 -1.3 -0.4\n";
+  const double h = 1e-3;
+  for (const int level : {2, 6}) {
+    for (const char* name : {"SVWN", "PBE", "R2SCAN"}) {
+      for (const int channels : {1, 2}) {
+        SCOPED_TRACE(std::string(name) + " level " + std::to_string(level) + " channels " + std::to_string(channels));
+        const FUNCTIONAL_T functional = functional_of(name);
+        MOLECULE_T molecule = TESTS::sample_molecule(geometry, "6-31G*", {0, 1, level == 6});
+        std::vector<MATRIX> densities;
+        for (int s = 0; s < channels; ++s)
+          densities.push_back(0.3 * random_density(molecule.n_basis, 21U + static_cast<unsigned>(s)));
+        const auto energy_at = [&](std::size_t atom, std::size_t axis, double step) {
+          MOLECULE_T moved = molecule;
+          moved.atoms[atom].position[axis] += step;
+          return XC_INTEGRATOR_T(moved, grid_of(moved, level), functional, channels).integrate(densities).energy;
+        };
+        const VECTOR gradient = xc_gradient(molecule, grid_of(molecule, level), functional, densities);
+        ASSERT_EQ(gradient.size(), 9);
+        for (Eigen::Index k = 0; k < 3; ++k) EXPECT_NEAR(gradient(k) + gradient(3 + k) + gradient(6 + k), 0.0, 1e-9);
+        for (const auto& [atom, axis] : {std::pair<std::size_t, std::size_t>{0, 2}, {1, 1}, {2, 0}}) {
+          const double slope = (energy_at(atom, axis, h) - energy_at(atom, axis, -h)) / (2.0 * h);
+          EXPECT_NEAR(gradient(static_cast<Eigen::Index>(3 * atom + axis)), slope, 5e-6 * std::max(1.0, std::abs(slope)));
+        }
+      }
+    }
+  }
+  // A lone atom feels no force.
+  const MOLECULE_T atom = TESTS::sample_molecule("N 0.3 0.2 0.1\n", "6-31G*", {0, 4, false});
+  const std::vector<MATRIX> density = {random_density(atom.n_basis, 5U)};
+  EXPECT_LT(xc_gradient(atom, grid_of(atom, 2), functional_of("PBE"), density).cwiseAbs().maxCoeff(), 1e-9);
 }
 
 TEST(XC_INTEGRATOR, DensitiesThatMakeNoSenseStopTheRun) {
