@@ -50,7 +50,10 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
         restart = check_swap(projection, spin, channel);
       }
     }
-    if (mix_start_ && iteration == 1 && spin == 1 && mix_frontier(channel)) observer_.starting_orbitals_mixed();
+    if (mix_start_ && iteration == 1 && spin == 1 && mix_frontier(channel)) {
+      observer_.starting_orbitals_mixed();
+      restart = true;  // the entry of the symmetric guess, whose error may be zero, would bring the symmetry back
+    }
     fill_lowest(channel);
     if (iteration >= first_reference_) previous_[spin] = channel.orbitals.leftCols(channel.n_occupied);
     return restart;

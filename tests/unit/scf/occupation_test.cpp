@@ -81,7 +81,7 @@ TEST(OCCUPATION_CONTROL, MixTurnsTheFrontierOrbitalsAndAsksForAFreshHistory) {
   EXPECT_FALSE(mix.rule->occupy(1, 0, channel));
   EXPECT_EQ(channel.orbitals(1, 1), 1.0);
   SPIN_CHANNEL_T beta = unit_orbitals(2, false);
-  EXPECT_FALSE(mix.rule->occupy(1, 1, beta));  // the start of a singlet breaks the spin symmetry
+  EXPECT_TRUE(mix.rule->occupy(1, 1, beta));  // the start of a singlet breaks the spin symmetry
   EXPECT_EQ(mix.text.str(), "   Applied HOMO-LUMO mixing to beta orbitals\n");
   EXPECT_NEAR(beta.orbitals(2, 1), std::sqrt(0.5), 1e-15);
   channel = unit_orbitals(2, true);
@@ -95,6 +95,22 @@ TEST(OCCUPATION_CONTROL, MixTurnsTheFrontierOrbitalsAndAsksForAFreshHistory) {
   beta = unit_orbitals(2, false);
   EXPECT_FALSE(again.rule->occupy(1, 1, beta));
   EXPECT_EQ(again.text.str(), "");
+}
+
+// The first Fock matrix belongs to the symmetric guess and has no error: left in the history it undoes the mixing.
+TEST(OCCUPATION_CONTROL, MixedStartBreaksTheSymmetryOfAStretchedBond) {
+  MOLECULE_T molecule = TESTS::sample_molecule("H 0 0 0\nH 0 0 5\n", "STO-3G");
+  molecule.unrestricted = true;
+  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
+  SCF_SETTINGS_T settings;
+  settings.occupation = OCCUPATION::mix;
+  GUESS_OBSERVER_T quiet;
+  SCF_OBSERVER_T silent;
+  const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, quiet);
+  const SCF_RESULT_T result = run_scf(geometry, hartree_fock_terms(geometry), settings, start, silent);
+  EXPECT_TRUE(result.converged);
+  EXPECT_NEAR(result.energy.total(), 2.0 * -0.46658185, 1e-5);  // two atoms of -0.46658185 hartree
+  EXPECT_NEAR(result.s_squared, 1.0, 1e-4);
 }
 
 TEST(CONVERGENCE, EndsSoftlyWithTwoChannelsOnly) {
