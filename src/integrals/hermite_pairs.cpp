@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
-#include "molecule/cartesian.hpp"
+#include "integrals/hermite_product.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 
 namespace {
-
-constexpr int MAX_COMPONENTS = n_cartesian(LMAX);
 
 /// A pair is dropped for good when even beside the strongest pair it stays this small (hartree per unit of density): five
 /// orders below the tightest threshold in use.
@@ -19,76 +16,6 @@ constexpr double NEGLIGIBLE = 1e-19;
 /// With exp(-100) in front no coefficients or powers of distances reach NEGLIGIBLE: distant pairs cost one product each.
 constexpr double HOPELESS = 100.0;
 
-/// Exponent of the Gaussian product factor, a b / (a + b) |A - B|^2.
-double product_exponent(const FAMILY_T& a, const FAMILY_T& b) {
-  double distance2 = 0.0;
-  for (int k = 0; k < 3; ++k) distance2 += (a.center[k] - b.center[k]) * (a.center[k] - b.center[k]);
-  return a.exponent * b.exponent / (a.exponent + b.exponent) * distance2;
-}
-
-/// The two families of a pair with the expansion of their products.
-struct PRODUCT_T {
-  const FAMILY_T& a;
-  const FAMILY_T& b;
-  double p;
-  std::array<double, 3> center;
-  HERMITE_EXPANSION_T x, y, z;
-
-  PRODUCT_T(const FAMILY_T& fa, const FAMILY_T& fb) : a(fa), b(fb), p(fa.exponent + fb.exponent) {
-    for (int k = 0; k < 3; ++k) center[k] = (a.exponent * a.center[k] + b.exponent * b.center[k]) / p;
-    // [t|u] = 2 pi^(5/2) / (p q sqrt(p + q)) R_(t+u): each distribution carries the root of 2 pi^(5/2) over its exponent.
-    static const double charge = std::numbers::sqrt2 * std::pow(std::numbers::pi, 1.25);
-    x.fill(a.l_max, b.l_max, p, center[0] - a.center[0], center[0] - b.center[0],
-           charge / p * std::exp(-product_exponent(a, b)));
-    y.fill(a.l_max, b.l_max, p, center[1] - a.center[1], center[1] - b.center[1], 1.0);
-    z.fill(a.l_max, b.l_max, p, center[2] - a.center[2], center[2] - b.center[2], 1.0);
-  }
-
-  int order() const { return a.l_max + b.l_max; }
-};
-
-/// Powers of all components, by angular momentum.
-const std::vector<POWERS_T>& powers_of(int l) {
-  static const auto table = [] {
-    std::array<std::vector<POWERS_T>, LMAX + 1> powers;
-    for (int k = 0; k <= LMAX; ++k)
-      for (int n = 0; n < n_cartesian(k); ++n) powers[k].push_back(cartesian_powers(k, n));
-    return powers;
-  }();
-  return table[l];
-}
-
-/// h_t += d E_t for the product of one component of a and one of b.
-void add_product(const PRODUCT_T& product, const HERMITE_ROWS_T& rows, const POWERS_T& ca, const POWERS_T& cb, double d,
-                 double* h) {
-  const double* ex = product.x.e[ca.x][cb.x];
-  const double* ey = product.y.e[ca.y][cb.y];
-  const double* ez = product.z.e[ca.z][cb.z];
-  for (int t = 0; t <= ca.x + cb.x; ++t)
-    for (int u = 0; u <= ca.y + cb.y; ++u) {
-      const double dxy = d * ex[t] * ey[u];
-      double* row = h + rows.row[t][u];
-      for (int v = 0; v <= ca.z + cb.z; ++v) row[v] += dxy * ez[v];
-    }
-}
-
-/// sum_t E_t j_t for the product of one component of a and one of b.
-double dot_product(const PRODUCT_T& product, const HERMITE_ROWS_T& rows, const POWERS_T& ca, const POWERS_T& cb,
-                   const double* j) {
-  const double* ex = product.x.e[ca.x][cb.x];
-  const double* ey = product.y.e[ca.y][cb.y];
-  const double* ez = product.z.e[ca.z][cb.z];
-  double sum = 0.0;
-  for (int t = 0; t <= ca.x + cb.x; ++t)
-    for (int u = 0; u <= ca.y + cb.y; ++u) {
-      const double* row = j + rows.row[t][u];
-      double line = 0.0;
-      for (int v = 0; v <= ca.z + cb.z; ++v) line += ez[v] * row[v];
-      sum += ex[t] * ey[u] * line;
-    }
-  return sum;
-}
-
 double largest_coefficient(const FAMILY_T& family, const FAMILY_RUN_T& run) {
   double largest = 0.0;
   for (std::size_t m = run.begin; m < run.end; ++m) largest = std::max(largest, std::abs(family.members[m].coefficient));
@@ -96,7 +23,7 @@ double largest_coefficient(const FAMILY_T& family, const FAMILY_RUN_T& run) {
 }
 
 /// Largest Coulomb norm among the products of normalised functions of the two families.
-double pair_bound(const PRODUCT_T& product) {
+double pair_bound(const FAMILY_PRODUCT_T& product) {
   const HERMITE_NORM_T norm(product.order(), product.p);
   const HERMITE_ROWS_T& rows = hermite_rows(product.order());
   double bound = 0.0;
@@ -108,7 +35,7 @@ double pair_bound(const PRODUCT_T& product) {
           double h[n_hermite(HERMITE_MAX)];
           std::fill_n(h, n_hermite(product.order()), 0.0);
           const double normalise = shell_functions(ra.l, false)(ca, ca) * shell_functions(rb.l, false)(cb, cb);
-          add_product(product, rows, powers_of(ra.l)[ca], powers_of(rb.l)[cb], normalise, h);
+          add_product(product.e, rows, powers_of(ra.l)[ca], powers_of(rb.l)[cb], normalise, h);
           largest = std::max(largest, norm(h));
         }
       bound = std::max(bound, largest * largest_coefficient(product.a, ra) * largest_coefficient(product.b, rb));
@@ -131,27 +58,10 @@ std::vector<HERMITE_PAIR_T> pairs_of_atoms(const std::vector<FAMILY_T>& families
   for (int a = a_begin; a < a_end; ++a)
     for (int b = b_begin; b < std::min(b_end, a + 1); ++b) {
       if (product_exponent(families[a], families[b]) > HOPELESS) continue;
-      const PRODUCT_T product(families[a], families[b]);
+      const FAMILY_PRODUCT_T product(families[a], families[b]);
       pairs.push_back({a, b, product.order(), product.p, product.center, pair_bound(product), 0});
     }
   return pairs;
-}
-
-/// Sum over the members of two runs of c c' times their block of a matrix, nb fastest.
-void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb,
-                double* block) {
-  const int na = n_cartesian(ra.l);
-  const int nb = n_cartesian(rb.l);
-  std::fill_n(block, na * nb, 0.0);
-  for (std::size_t ma = ra.begin; ma < ra.end; ++ma)
-    for (std::size_t mb = rb.begin; mb < rb.end; ++mb) {
-      const FAMILY_MEMBER_T& i = a.members[ma];
-      const FAMILY_MEMBER_T& j = b.members[mb];
-      const double c = i.coefficient * j.coefficient;
-      // The matrix is symmetric: element (j, i) is read so that the inner loop runs down a column.
-      for (int ca = 0; ca < na; ++ca)
-        for (int cb = 0; cb < nb; ++cb) block[ca * nb + cb] += c * matrix(j.first + cb, i.first + ca);
-    }
 }
 
 /// The transpose of sum_blocks: every member pair's block of the matrix gets c c' times the common one.
@@ -170,30 +80,30 @@ void spread_block(const double* block, const FAMILY_T& a, const FAMILY_RUN_T& ra
 }
 
 void fold_pair(const HERMITE_PAIRS_T& pairs, const HERMITE_PAIR_T& pair, const MATRIX& density, double* h) {
-  const PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
+  const FAMILY_PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
   const HERMITE_ROWS_T& rows = hermite_rows(pair.order);
   const double orders = pair.a == pair.b ? 1.0 : 2.0;
   std::fill_n(h, n_hermite(pair.order), 0.0);
   for (const FAMILY_RUN_T& ra : product.a.runs)
     for (const FAMILY_RUN_T& rb : product.b.runs) {
-      double block[MAX_COMPONENTS * MAX_COMPONENTS];
+      double block[MAX_BLOCK];
       sum_blocks(density, product.a, ra, product.b, rb, block);
       const double* d = block;
       for (const POWERS_T& ca : powers_of(ra.l))
-        for (const POWERS_T& cb : powers_of(rb.l)) add_product(product, rows, ca, cb, orders * *d++, h);
+        for (const POWERS_T& cb : powers_of(rb.l)) add_product(product.e, rows, ca, cb, orders * *d++, h);
     }
 }
 
 void unfold_pair(const HERMITE_PAIRS_T& pairs, const HERMITE_PAIR_T& pair, const double* j, MATRIX& half) {
-  const PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
+  const FAMILY_PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
   const HERMITE_ROWS_T& rows = hermite_rows(pair.order);
   const double share = pair.a == pair.b ? 0.5 : 1.0;
   for (const FAMILY_RUN_T& ra : product.a.runs)
     for (const FAMILY_RUN_T& rb : product.b.runs) {
-      double block[MAX_COMPONENTS * MAX_COMPONENTS];
+      double block[MAX_BLOCK];
       double* value = block;
       for (const POWERS_T& ca : powers_of(ra.l))
-        for (const POWERS_T& cb : powers_of(rb.l)) *value++ = share * dot_product(product, rows, ca, cb, j);
+        for (const POWERS_T& cb : powers_of(rb.l)) *value++ = share * dot_product(product.e, rows, ca, cb, j);
       spread_block(block, product.a, ra, product.b, rb, half);
     }
 }
