@@ -1,0 +1,274 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+
+#include "geometry/covalent_radii.hpp"
+#include "geometry/internal_coords.hpp"
+#include "geometry/internal_coords_report.hpp"
+#include "unit/geometry/samples.hpp"
+
+// Generation, values, B matrix, back-transformation and constraints of redundant internal coordinates.
+
+namespace {
+
+using namespace zentrix;
+using namespace zentrix::INTERNAL_COORDS;
+using namespace zentrix::TESTS;
+using ::testing::HasSubstr;
+
+VECTOR random_displacement(Eigen::Index size, double length, unsigned seed) {
+  std::mt19937 generator(seed);
+  std::uniform_real_distribution<double> uniform(-length, length);
+  VECTOR displacement(size);
+  for (Eigen::Index n = 0; n < size; ++n) displacement(n) = uniform(generator);
+  return displacement;
+}
+
+int count(const COORDINATE_SET_T& set, KIND kind) {
+  return static_cast<int>(
+      std::count_if(set.coordinates.begin(), set.coordinates.end(), [kind](const INTCOORD_T& c) { return c.kind == kind; }));
+}
+
+TEST(InternalCoords, RadiiAreThoseOfTheTable) {
+  EXPECT_NEAR(covalent_radius(1), 0.586, 5e-4);
+  EXPECT_NEAR(covalent_radius(6), 1.436, 5e-4);
+  EXPECT_NEAR(covalent_radius(10), 1.096, 5e-4);
+  EXPECT_NEAR(covalent_radius(86), 1.5 * BOHR_PER_ANGSTROM, 1e-12);
+  EXPECT_NEAR(covalent_radius(0), 2.834589186938655, 1e-12);
+  EXPECT_NEAR(covalent_radius(87), 2.834589186938655, 1e-12);
+}
+
+TEST(InternalCoords, BondLimitsAreStrict) {
+  const auto bonded = [](int z1, int z2, double d) {
+    VECTOR x = VECTOR::Zero(6);
+    x(5) = d;
+    const COORDINATE_SET_T set = generate_coordinates({z1, z2}, x);
+    return !set.coordinates.empty() && !set.coordinates[0].through_space;
+  };
+  EXPECT_TRUE(bonded(6, 1, 2.6));
+  EXPECT_FALSE(bonded(6, 1, 2.7));
+  EXPECT_FALSE(bonded(6, 1, 0.1));
+  EXPECT_TRUE(bonded(6, 1, 0.100001));
+}
+
+TEST(InternalCoords, CoordinatesSpanAllVibrations) {
+  for (const auto& [name, lines] : structures()) {
+    const STRUCTURE_T molecule = structure(lines);
+    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    const Eigen::Index vibrations = molecule.x.size() - rigid_motions(molecule.x).cols();
+    EXPECT_EQ(frame_of(wilson_b(set, molecule.x)).v.cols(), vibrations) << name;
+    EXPECT_EQ(set.n_bonds + set.n_angles + set.n_dihedrals, static_cast<int>(set.coordinates.size())) << name;
+  }
+}
+
+TEST(InternalCoords, KnownSetsAreFound) {
+  const auto counts = [](const std::string& lines) {
+    const STRUCTURE_T molecule = structure(lines);
+    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    return std::array<int, 4>{set.n_bonds, count(set, KIND::angle), count(set, KIND::linear_bend), set.n_dihedrals};
+  };
+  EXPECT_EQ(counts(water), (std::array<int, 4>{2, 1, 0, 0}));
+  EXPECT_EQ(counts(carbon_dioxide), (std::array<int, 4>{2, 0, 2, 0}));
+  EXPECT_EQ(counts(acetylene), (std::array<int, 4>{3, 0, 4, 0}));
+  EXPECT_EQ(counts(allene), (std::array<int, 4>{6, 6, 2, 4}));             // torsion of the ends against each other
+  EXPECT_EQ(counts(boron_trifluoride), (std::array<int, 4>{3, 3, 0, 1}));  // out of plane
+  EXPECT_EQ(counts(hydrogen_peroxide), (std::array<int, 4>{3, 2, 0, 1}));
+  EXPECT_EQ(counts(benzene), (std::array<int, 4>{12, 18, 0, 24}));
+  EXPECT_EQ(counts(three_neon), (std::array<int, 4>{2, 1, 0, 0}));
+  EXPECT_EQ(counts("He 0 0 0\n"), (std::array<int, 4>{0, 0, 0, 0}));
+}
+
+TEST(InternalCoords, ShortestDistanceJoinsFragments) {
+  const STRUCTURE_T dimer = structure(water_dimer);
+  const COORDINATE_SET_T set = generate_coordinates(dimer.z, dimer.x);
+  int links = 0;
+  for (const INTCOORD_T& c : set.coordinates) {
+    if (c.kind != KIND::bond || !c.through_space) continue;
+    ++links;
+    EXPECT_EQ(c.atoms[0], 3);
+    EXPECT_EQ(c.atoms[1], 4);
+  }
+  EXPECT_EQ(links, 1);
+  EXPECT_EQ(set.bonded(2, 3), 1);
+}
+
+TEST(InternalCoords, LinearChainHasAnglesOfPi) {
+  const STRUCTURE_T molecule = structure(acetylene);
+  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  for (const INTCOORD_T& c : set.coordinates) {
+    if (c.kind == KIND::linear_bend) {
+      EXPECT_NEAR(c.value, PI, 1e-12);
+    }
+  }
+  VECTOR coincident = molecule.x;
+  coincident.segment<3>(6) = coincident.segment<3>(0);
+  INTCOORD_T angle;
+  angle.kind = KIND::angle;
+  angle.atoms = {3, 1, 2, 0};
+  EXPECT_EQ(coordinate_value(angle, coincident), PI);
+}
+
+TEST(InternalCoords, DihedralsAreRightHanded) {
+  const STRUCTURE_T four = structure("H 1 0 0\nC 0 0 0\nC 0 0 1\nH 0 1 1\n");
+  INTCOORD_T dihedral;
+  dihedral.kind = KIND::dihedral;
+  dihedral.atoms = {1, 2, 3, 4};
+  // Seen along the central bond, the far atom is turned clockwise from the near one when the dihedral is positive.
+  EXPECT_NEAR(coordinate_value(dihedral, four.x), PI / 2, 1e-12);
+  EXPECT_NEAR(wrapped(3.5 * PI), -0.5 * PI, 1e-12);
+  EXPECT_EQ(wrapped(-PI), PI);
+}
+
+TEST(InternalCoords, BMatrixIsTheDerivativeOfTheValues) {
+  for (const auto& [name, lines] : structures()) {
+    const STRUCTURE_T molecule = structure(lines);
+    const VECTOR x = molecule.x + random_displacement(molecule.x.size(), 0.05, 7);
+    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    MATRIX numerical(set.coordinates.size(), x.size());
+    constexpr double h = 1e-5;
+    for (Eigen::Index k = 0; k < x.size(); ++k) {
+      VECTOR plus = x;
+      VECTOR minus = x;
+      plus(k) += h;
+      minus(k) -= h;
+      numerical.col(k) = value_difference(set, coordinate_values(set, plus), coordinate_values(set, minus)) / (2.0 * h);
+    }
+    const MATRIX rigid = rigid_motions(x);
+    for (Eigen::Index n = 0; n < numerical.rows(); ++n) {
+      if (set.coordinates[static_cast<std::size_t>(n)].kind == KIND::linear_bend)
+        numerical.row(n) -= (numerical.row(n) * rigid * rigid.transpose()).eval();
+    }
+    const MATRIX b = wilson_b(set, x);
+    EXPECT_LT((b - numerical).cwiseAbs().maxCoeff(), 1e-7) << name;
+    EXPECT_LT((b * rigid).cwiseAbs().maxCoeff(), 1e-10) << name;
+  }
+}
+
+TEST(InternalCoords, StepsGoThereAndBack) {
+  for (const auto& [name, lines] : structures()) {
+    const STRUCTURE_T molecule = structure(lines);
+    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    const VECTOR there = molecule.x + random_displacement(molecule.x.size(), 0.12, 11);
+    // The fixed axes of linear bends see a rotation of the bent chain in second order.
+    const double tolerance = count(set, KIND::linear_bend) > 0 ? 2e-3 : 1e-6;
+    const VECTOR q0 = coordinate_values(set, molecule.x);
+    const VECTOR q1 = coordinate_values(set, there);
+    const auto forth = back_transform(set, molecule.x, value_difference(set, q1, q0));
+    EXPECT_TRUE(forth.converged) << name;
+    EXPECT_LT(value_difference(set, q1, coordinate_values(set, forth.positions)).norm(), tolerance) << name;
+    const auto back = back_transform(set, forth.positions, value_difference(set, q0, q1));
+    EXPECT_TRUE(back.converged) << name;
+    EXPECT_LT(value_difference(set, q0, coordinate_values(set, back.positions)).norm(), tolerance) << name;
+  }
+}
+
+TEST(InternalCoords, BackTransformationCrossesTheDihedralSeam) {
+  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
+  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  VECTOR dq = VECTOR::Zero(static_cast<Eigen::Index>(set.coordinates.size()));
+  VECTOR x = molecule.x;
+  for (int turn = 0; turn < 9; ++turn) {
+    dq(dq.size() - 1) = 40.0 * RADIAN_PER_DEGREE;
+    const auto step = back_transform(set, x, dq);
+    ASSERT_TRUE(step.converged) << turn;
+    x = step.positions;
+  }
+  const VECTOR error = value_difference(set, coordinate_values(set, x), coordinate_values(set, molecule.x));
+  EXPECT_LT(error.norm(), 1e-6);
+}
+
+TEST(InternalCoords, DriftOverTheLinearLimitIsNoticed) {
+  const auto bent = [](double degrees) {
+    const double a = degrees * RADIAN_PER_DEGREE;
+    return structure("C 0 0 0\nO 0 0 1.16\nO 0 " + std::to_string(1.16 * std::sin(a)) + " " +
+                     std::to_string(1.16 * std::cos(a)) + "\n");
+  };
+  const COORDINATE_SET_T angle = generate_coordinates(bent(170).z, bent(170).x);
+  EXPECT_TRUE(still_suited(angle, bent(176).x));
+  EXPECT_FALSE(still_suited(angle, bent(179).x));
+  const COORDINATE_SET_T straight = generate_coordinates(bent(178).z, bent(178).x);
+  EXPECT_EQ(count(straight, KIND::linear_bend), 2);
+  EXPECT_TRUE(still_suited(straight, bent(170).x));
+  EXPECT_FALSE(still_suited(straight, bent(160).x));
+}
+
+TEST(InternalCoords, LimitsHold) {
+  // A grid of hydrogen atoms 1.2 bohr apart: far more bonds, angles and dihedrals than the tables hold.
+  std::vector<int> z;
+  VECTOR x(3 * 216);
+  for (int n = 0; n < 216; ++n) {
+    z.push_back(1);
+    x.segment<3>(3 * n) = 1.2 * Eigen::Vector3d(n % 6, n / 6 % 6, n / 36);
+  }
+  const COORDINATE_SET_T set = generate_coordinates(z, x);
+  EXPECT_TRUE(set.bonds_truncated);
+  EXPECT_EQ(set.n_bonds, MAX_BONDS);
+  EXPECT_EQ(set.n_angles, MAX_ANGLES);
+  EXPECT_EQ(set.n_dihedrals, MAX_TORSIONS);
+  EXPECT_EQ(set.bonded.sum(), 2 * MAX_BONDS);
+  std::ostringstream report;
+  print_summary(set, report);
+  EXPECT_THAT(report.str(), HasSubstr("   *** WARNING: Too many bonds, truncating\n"));
+}
+
+TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
+  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
+  COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  std::vector<CONSTRAINT_MATCH_T> matches;
+  ASSERT_EQ(apply_constraints({{'B', {3, 1}, {}}, {'D', {4, 2, 1, 3}, 2.0}, {'A', {3, 2, 4}, {}}, {'B', {3, 4}, 4.5}},
+                              molecule.x, set, matches),
+            0);
+  std::ostringstream report;
+  print_constraint_matching(matches, set, report);
+  print_summary(set, report);
+  EXPECT_THAT(report.str(), HasSubstr("   Constraint matching:\n   --------------------\n"
+                                      "   matched auto-generated bond #2\n"
+                                      "   matched auto-generated torsion #1\n"));
+  EXPECT_THAT(report.str(), HasSubstr("   ADDED (theta = "));
+  EXPECT_THAT(report.str(), HasSubstr("   ADDED (R = 4.500000 bohr)\n"
+                                      "   4 coordinate(s) frozen out of 8 total.\n"
+                                      "     (2 new coordinate(s) added by extension)\n"));
+  EXPECT_THAT(report.str(), HasSubstr("   Total internal coordinates: 8\n   Bonds:                      4\n"
+                                      "   Angles:                     3\n   Dihedrals:                  1\n"
+                                      "   Frozen (constrained):       4\n"));
+}
+
+TEST(Constraints, BadEntriesAreRefused) {
+  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
+  const auto refusal = [&](const INTERNAL_COORDS::CONSTRAINT_T& constraint, int n_bonds) {
+    COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    if (n_bonds > 0) set.n_bonds = n_bonds;
+    std::vector<CONSTRAINT_MATCH_T> matches;
+    EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, constraint}, molecule.x, set, matches), 0);
+    std::ostringstream report;
+    print_constraint_matching(matches, set, report);
+    EXPECT_THAT(report.str(), ::testing::Not(HasSubstr("frozen out of")));
+    return report.str();
+  };
+  EXPECT_THAT(refusal({'X', {1, 2}, {}}, 0),
+              HasSubstr(" *** ERROR: constraint 2: unknown kind 'X' (expected B / A / D).\n"));
+  EXPECT_THAT(refusal({'B', {1, 5}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: atom index out of range.\n"));
+  EXPECT_THAT(refusal({'A', {1, 2, 0}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: angle wing atom out of range.\n"));
+  EXPECT_THAT(refusal({'D', {1, 2, 3, 9}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: dihedral atom out of range.\n"));
+  EXPECT_THAT(refusal({'B', {3, 4}, {}}, MAX_BONDS),
+              HasSubstr(" *** ERROR: cannot extend internal-coordinate set: MAX_BONDS reached.\n"));
+}
+
+TEST(Constraints, BackTransformationEndsOnTheTargets) {
+  const STRUCTURE_T molecule = structure(benzene);
+  COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  std::vector<CONSTRAINT_MATCH_T> matches;
+  ASSERT_EQ(
+      apply_constraints({{'B', {1, 2}, 2.75}, {'B', {1, 4}, 5.0}, {'D', {1, 2, 3, 4}, 0.05}}, molecule.x, set, matches), 0);
+  const VECTOR dq = random_displacement(static_cast<Eigen::Index>(set.coordinates.size()), 0.05, 3);
+  const VECTOR x = back_transform(set, molecule.x, dq).positions;
+  for (const INTCOORD_T& c : set.coordinates) {
+    if (c.frozen) {
+      EXPECT_NEAR(coordinate_value(c, x), c.target, 1e-9);
+    }
+  }
+}
+
+}  // namespace
