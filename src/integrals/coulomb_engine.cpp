@@ -42,6 +42,7 @@ std::vector<MATRIX> COULOMB_ENGINE::build(std::span<const MATRIX> densities, dou
   const COULOMB_KEYS_T keys = make_keys(pairs, norms, NEGLECT_SHARE * threshold);
   const ALIGNED_VECTOR potential = hermite_potential(pairs, hermite, keys, n_densities, implementation_->isa);
   std::vector<MATRIX> result;
+  result.reserve(densities.size());
   for (int d = 0; d < n_densities; ++d)
     result.push_back(unfold_potential(pairs, potential.data() + d * pairs.size, implementation_->n_components));
   return result;

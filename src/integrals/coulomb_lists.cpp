@@ -123,8 +123,7 @@ std::vector<COULOMB_LIST_T> make_lists(const HERMITE_PAIRS_T& pairs, const COULO
   std::erase_if(lists, [](const COULOMB_LIST_T& list) { return list.pair.empty(); });
 
 #pragma omp parallel for schedule(dynamic)
-  for (std::size_t l = 0; l < lists.size(); ++l) {
-    COULOMB_LIST_T& list = lists[l];
+  for (COULOMB_LIST_T& list : lists) {
     std::sort(list.pair.begin(), list.pair.end(), [&](int i, int j) {
       return keys.key[i] != keys.key[j] ? keys.key[i] > keys.key[j] : i < j;  // equal keys in a fixed order
     });

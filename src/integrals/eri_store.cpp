@@ -102,7 +102,7 @@ void ERI_STORE_T::fill(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels
     QUARTET_WORK_T work(data.max_l, data.max_primitives, lanes_);
     std::vector<double> block;
 #pragma omp for schedule(dynamic, 8)
-    for (std::size_t n = 0; n < segments_.size(); ++n) fill_segment(data, kernels, segments_[n], boys, work, block);
+    for (const STORE_SEGMENT_T& segment : segments_) fill_segment(data, kernels, segment, boys, work, block);
   }
 }
 

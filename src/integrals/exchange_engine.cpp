@@ -143,6 +143,7 @@ std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOI
   const int slots = slot_count(threads, n_densities * static_cast<std::size_t>(n) * static_cast<std::size_t>(n));
   std::vector<std::vector<MATRIX>> halves(static_cast<std::size_t>(slots));
   std::vector<THREAD_T> thread_data;
+  thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_densities);
 
 #pragma omp parallel for schedule(dynamic, 1)

@@ -78,6 +78,7 @@ JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MAT
   } else {
     if (!j_densities.empty()) result.j = engine.coulomb.build(j_densities, threshold);
     std::vector<const MATRIX*> pointers;
+    pointers.reserve(k_densities.size());
     for (const MATRIX& density : k_densities) pointers.push_back(&density);
     result.k = exchange_direct(engine.pairs, engine.kernels, pointers, threshold);
   }

@@ -164,8 +164,8 @@ SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTE
   data.schwarz = MATRIX::Zero(data.n_shells(), data.n_shells());
   SCHWARZ_WORK work(data, kernels, lanes);
 #pragma omp parallel for schedule(dynamic, 16)
-  for (std::size_t n = 0; n < candidates.size(); ++n) {
-    SHELL_PAIR_T& pair = candidates[n].pair;
+  for (CANDIDATE_T& candidate : candidates) {
+    SHELL_PAIR_T& pair = candidate.pair;
     pair.bound = work.bound(omp_get_thread_num(), pair);
     data.schwarz(pair.shell_i, pair.shell_j) = data.schwarz(pair.shell_j, pair.shell_i) = pair.bound;
   }

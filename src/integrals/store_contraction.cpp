@@ -180,6 +180,7 @@ void ERI_STORE_T::contract(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& ker
   const int slots = slot_count(threads, (for_j.size() + for_k.size()) * n * n);
   std::vector<TARGETS_T> targets(static_cast<std::size_t>(slots));
   std::vector<THREAD_T> thread_data;
+  thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.push_back(contraction.make_thread());
 
 #pragma omp parallel for schedule(dynamic, 1)

@@ -37,7 +37,7 @@ std::string path_of(const std::string& basis_name, const char* ending) {
     std::string literal = basis_name;
     for (char& c : literal) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     std::error_code error;
-    const std::string path = data_file_path(literal + ending);
+    std::string path = data_file_path(literal + ending);
     if (std::filesystem::exists(path, error)) return path;
   }
   return data_file_path(base_file_name(basis_name) + ending);
@@ -52,7 +52,7 @@ std::string data_file_path(const std::string& file_name) {
     if (path.back() != '/' && path.back() != '\\') path += '/';
     return path + "basis_data/" + file_name;
   }
-  const std::string local = "basis_data/" + file_name;
+  std::string local = "basis_data/" + file_name;
   std::error_code error;
   if (!std::filesystem::exists(local, error)) {
     const auto installed = installed_data_folder() / file_name;
