@@ -27,6 +27,11 @@ MATRIX nuclear_attraction(const MOLECULE_T& molecule);
 /// <mu|x|nu>, <mu|y|nu>, <mu|z|nu> about the point `origin` (bohr).
 std::array<MATRIX, 3> dipole(const MOLECULE_T& molecule, const std::array<double, 3>& origin = {});
 
+/// Derivative of tr D (T + V) - tr W S with respect to the nuclear positions at fixed D and W (symmetric, n_basis x n_basis,
+/// functions of the run), basis functions and nuclei moving alike: 3 x natom values, atom by atom, hartree/bohr. D is the
+/// total density, W the energy-weighted one. One pass over the shell pairs; shells up to l = LMAX - 1.
+VECTOR one_electron_gradient(const MOLECULE_T& molecule, const MATRIX& density, const MATRIX& energy_weighted);
+
 /// The same with progress lines and the diagnostics of every matrix.
 ONE_ELECTRON_T compute_one_electron(const MOLECULE_T& molecule, std::ostream& report);
 
