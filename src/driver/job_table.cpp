@@ -11,7 +11,7 @@ using INPUT_PARSER::JOB;
 const std::vector<JOB_ROW_T>& job_table() {
   static const std::vector<JOB_ROW_T> table = {
       {JOB::energy, {section_one_electron, section_scf, section_output}},
-      {JOB::gradient, {}},
+      {JOB::gradient, {section_one_electron, section_gradient, section_output}},
       {JOB::opt, {}},
       {JOB::freq, {}},
       {JOB::opt_freq, {}},

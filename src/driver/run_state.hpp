@@ -18,8 +18,8 @@ struct RUN_T {
   DFT::FUNCTIONAL_T functional;
   MOLECULE_T molecule;
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
-  std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< Section 3
-  SCF::SCF_RESULT_T scf;                           ///< Section 3
+  std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< of the last SCF
+  SCF::SCF_RESULT_T scf;                           ///< the last SCF: Section 3, or the one behind the last gradient
   bool converged = true;                           ///< false once an iterative procedure of the run has not converged
 };
 

@@ -15,6 +15,8 @@ namespace zentrix {
 [[nodiscard]] int section_one_electron(RUN_T& run, std::ostream& report);
 /// 3: initial guess and self-consistent field.
 [[nodiscard]] int section_scf(RUN_T& run, std::ostream& report);
+/// 4: energy gradient at the input geometry.
+[[nodiscard]] int section_gradient(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
 

@@ -27,6 +27,9 @@ class GUESS_OBSERVER_T {
   virtual void atom_failed(int /*z*/) {}
   virtual void shell_mismatch(int /*z*/) {}
   virtual void assembled(double /*alpha_factor*/, double /*beta_factor*/) {}
+  virtual void guess_made(const SCF_START_T&) {}
+  virtual void pre_convergence_begins() {}
+  virtual void pre_convergence_ends(const SCF_RESULT_T&) {}
 };
 
 /// The start of a run without a previous density. Restricted runs take the core Hamiltonian unless `sad` is asked for,

@@ -267,6 +267,23 @@ void GUESS_PRINTER_T::assembled(double alpha_factor, double beta_factor) {
              beta_factor);
 }
 
+void GUESS_PRINTER_T::guess_made(const SCF_START_T& start) {
+  fmt::print(report_, "   Initial guess:             {}\n", start.guess_name);
+}
+
+void GUESS_PRINTER_T::pre_convergence_begins() { fmt::print(report_, "   meta-GGA: PBE pre-converge for initial guess\n"); }
+
+void GUESS_PRINTER_T::pre_convergence_ends(const SCF_RESULT_T& result) {
+  if (result.converged) {
+    fmt::print(report_, "   PBE pre-converged, E = {:.10f}\n", result.energy.total());
+  } else {
+    fmt::print(report_, "   PBE pre-converge: not fully converged, using best density\n");
+  }
+  fmt::print(report_, "   Starting meta-GGA SCF with PBE density...\n");
+}
+
+void print_grid_heading(std::ostream& report) { fmt::print(report, "\n --- Building DFT integration grid ---\n"); }
+
 void print_spin(const SCF_RESULT_T& result, std::ostream& report) {
   fmt::print(report, "   <S**2> = {:.6f}   (exact = {:.6f})\n", result.s_squared, exact_spin_squared(result.channels));
 }

@@ -52,11 +52,15 @@ class GUESS_PRINTER_T : public GUESS_OBSERVER_T {
   void atom_failed(int z) override;
   void shell_mismatch(int z) override;
   void assembled(double alpha_factor, double beta_factor) override;
+  void guess_made(const SCF_START_T& start) override;
+  void pre_convergence_begins() override;
+  void pre_convergence_ends(const SCF_RESULT_T& result) override;
 
  private:
   std::ostream& report_;
 };
 
+void print_grid_heading(std::ostream& report);
 /// The line of <S^2>.
 void print_spin(const SCF_RESULT_T& result, std::ostream& report);
 /// Orbital energies of one channel, several a line, occupied ones first and marked.

@@ -1,0 +1,37 @@
+#include <fmt/ostream.h>
+
+#include "driver/interrupts.hpp"
+#include "driver/sections.hpp"
+#include "gradients/gradient_report.hpp"
+#include "gradients/scf_surface.hpp"
+#include "report/layout.hpp"
+
+namespace zentrix {
+namespace {
+
+void print_method(const RUN_T& run, std::ostream& report) {
+  if (run.input.semi_analytical_gradient) {
+    fmt::print(report, "   Method: semi-analytical (Pulay+FD)\n");
+  } else if (run.molecule.unrestricted) {
+    fmt::print(report, "   Method: UHF analytical\n");
+  } else {
+    fmt::print(report, "   Method: fully analytical\n");
+  }
+}
+
+}  // namespace
+
+int section_gradient(RUN_T& run, std::ostream& report) {
+  set_run_phase("Section 4 (gradient)");
+  print_section_heading("4", "Gradient", report);
+  print_method(run, report);
+  GRADIENTS::SCF_SURFACE_T surface(run.input, run.functional, run.molecule, &report);
+  const GRADIENTS::SURFACE_POINT_T point = surface.energy_and_gradient(GRADIENTS::positions_of(run.molecule));
+  GRADIENTS::print_gradient(run.molecule, point.gradient, report);
+  if (!point.converged) run.converged = false;
+  run.scf = surface.last_scf();
+  run.geometry = surface.take_geometry();
+  return 0;
+}
+
+}  // namespace zentrix

@@ -1,0 +1,43 @@
+#include "gradients/scf_surface.hpp"
+
+#include <memory>
+#include <ostream>
+
+#include "gradients/gradient_report.hpp"
+#include "gradients/scf_gradient.hpp"
+#include "scf/scf_run.hpp"
+
+namespace zentrix::GRADIENTS {
+
+SCF_SURFACE_T::SCF_SURFACE_T(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional,
+                             const MOLECULE_T& molecule, std::ostream* report)
+    : input_(input), functional_(functional), molecule_(molecule), report_(report) {}
+
+void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
+  const MOLECULE_T there = moved(molecule_, positions);
+  geometry_ = std::make_unique<SCF::GEOMETRY_DATA_T>(there, INTEGRALS_1E::one_electron_matrices(there));
+  if (!functional_.is_hartree_fock()) SCF::set_up_grid(*geometry_, input_, report_);
+  scf_ = SCF::run_method(*geometry_, functional_, input_, previous_densities_, report_);
+  if (!scf_.converged) return;
+  previous_densities_.clear();
+  for (const SCF::SPIN_CHANNEL_T& channel : scf_.channels) previous_densities_.push_back(channel.density);
+}
+
+SURFACE_POINT_T SCF_SURFACE_T::energy(const CARTESIAN_T& positions) {
+  run_scf(positions);
+  return {scf_.energy.total(), {}, scf_.converged};
+}
+
+SURFACE_POINT_T SCF_SURFACE_T::energy_and_gradient(const CARTESIAN_T& positions) {
+  auto observer = std::make_unique<GRADIENT_OBSERVER_T>();
+  if (report_ != nullptr) observer = std::make_unique<GRADIENT_PRINTER_T>(*report_);
+  observer->scf_begins(molecule_.unrestricted);
+  run_scf(positions);
+  observer->scf_ends(scf_);
+  SURFACE_POINT_T point{scf_.energy.total(), {}, scf_.converged};
+  point.gradient = input_.semi_analytical_gradient ? semi_analytical_gradient(*geometry_, functional_, scf_, *observer)
+                                                   : scf_gradient(*geometry_, functional_, scf_, *observer).total();
+  return point;
+}
+
+}  // namespace zentrix::GRADIENTS

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <utility>
+
+#include "dft/functional_catalogue.hpp"
+#include "gradients/energy_surface.hpp"
+#include "input/input_data.hpp"
+#include "scf/scf.hpp"
+
+namespace zentrix::GRADIENTS {
+
+/// The surface of Hartree-Fock and Kohn-Sham energies, restricted or unrestricted, by the settings of the input.
+class SCF_SURFACE_T : public ENERGY_SURFACE_T {
+ public:
+  /// `report`: where the SCF tables and the progress of the gradient go; null for a silent surface. All references must
+  /// outlive the surface.
+  SCF_SURFACE_T(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional, const MOLECULE_T& molecule,
+                std::ostream* report);
+
+  const MOLECULE_T& molecule() const override { return molecule_; }
+  SURFACE_POINT_T energy(const CARTESIAN_T& positions) override;
+  SURFACE_POINT_T energy_and_gradient(const CARTESIAN_T& positions) override;
+
+  /// State and geometry of the last evaluation; null before the first one.
+  const SCF::SCF_RESULT_T& last_scf() const { return scf_; }
+  std::unique_ptr<SCF::GEOMETRY_DATA_T> take_geometry() { return std::move(geometry_); }
+
+ private:
+  void run_scf(const CARTESIAN_T& positions);
+
+  const INPUT_PARSER::INPUT_DATA_T& input_;
+  const DFT::FUNCTIONAL_T& functional_;
+  const MOLECULE_T& molecule_;
+  std::ostream* report_;
+  std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry_;
+  SCF::SCF_RESULT_T scf_;
+  SCF::SPIN_MATRICES_T previous_densities_;  ///< of the last converged evaluation
+};
+
+}  // namespace zentrix::GRADIENTS
