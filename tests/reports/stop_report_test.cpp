@@ -30,7 +30,7 @@ std::string missing(const std::string& feature) { return " *** ERROR: Not availa
 
 TEST(StopReport, RequestsThatThisVersionCannotServe) {
   const std::vector<STOP_CASE_T> stops = {
-      {"%job gradient\n", missing("%job gradient")},
+      {"%job freq\n", missing("%job freq")},
       {"%job opt+freq\n", missing("%job opt+freq")},
       {"%job ts\n%method mp2\n", missing("%job ts")},
       {"%method mp2\n", missing("%method MP2")},
