@@ -7,6 +7,9 @@
 namespace zentrix::INPUT_PARSER {
 namespace {
 
+/// Hartree; far beyond any use, and no orbital energy loses its digits.
+constexpr double largest_shift = 1000.0;
+
 /// "name" for all elements (z = 0) or "El=name" for one.
 struct ELEMENT_NAME_T {
   int z = 0;
@@ -52,13 +55,12 @@ VALUE_READER_T element_names(NAME_FIELDS_T fields, const char* kind) {
 }  // namespace
 
 VALUE_READER_T level_shift_value() {
-  constexpr double largest = 1000.0;  // hartree; far beyond any use, and no orbital energy loses its digits
   VALUE_READER_T reader = one_of(&INPUT_DATA_T::level_shift_mode,
                                  {{LEVEL_SHIFT::automatic, {"AUTO"}}, {LEVEL_SHIFT::off, {"OFF", "NONE", "NO"}}});
   reader.kind = "word or real";
-  reader.set = [known = reader.set, largest](INPUT_DATA_T& input, std::string_view value) {
+  reader.set = [known = reader.set](INPUT_DATA_T& input, std::string_view value) {
     const auto number = read_real(value);
-    if (number && std::abs(*number) > largest) return false;
+    if (number && std::abs(*number) > largest_shift) return false;
     if (number) input.level_shift_mode = *number == 0.0 ? LEVEL_SHIFT::off : LEVEL_SHIFT::fixed;
     input.level_shift = number.value_or(0.0);
     return number.has_value() || known(input, value);
