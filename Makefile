@@ -19,7 +19,7 @@ CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=Release
 SANITIZED_TARGETS = zentrix test_input test_molecule test_report test_dft test_driver test_reports fuzz_readers \
                     test_integrals test_scf
 SANITIZED_LABELS  = ^(input|molecule|report|dft|driver|reports|fuzz|integrals|scf)$$
-SANITIZED_EXCEPT  = [RU]HF_GRID|H_SHELLS|NEGLECTED|jk_accuracy
+SANITIZED_EXCEPT  = [RU]HF_GRID|DFT_GRID_OF|ForEveryElement|H_SHELLS|NEGLECTED|jk_accuracy
 
 .PHONY: all run test test-release test-sanitize bench install format tidy clean packages test-packages bench-packages
 
