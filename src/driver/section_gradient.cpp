@@ -1,9 +1,9 @@
 #include <fmt/ostream.h>
 
 #include "driver/interrupts.hpp"
+#include "driver/method_surface.hpp"
 #include "driver/sections.hpp"
 #include "gradients/gradient_report.hpp"
-#include "gradients/scf_surface.hpp"
 #include "report/layout.hpp"
 
 namespace zentrix {
@@ -25,12 +25,12 @@ int section_gradient(RUN_T& run, std::ostream& report) {
   set_run_phase("Section 4 (gradient)");
   print_section_heading("4", "Gradient", report);
   print_method(run, report);
-  GRADIENTS::SCF_SURFACE_T surface(run.input, run.functional, run.molecule, &report);
-  const GRADIENTS::SURFACE_POINT_T point = surface.energy_and_gradient(GRADIENTS::positions_of(run.molecule));
+  const auto surface = method_surface(run, &report);
+  const GRADIENTS::SURFACE_POINT_T point = surface->energy_and_gradient(GRADIENTS::positions_of(run.molecule));
   GRADIENTS::print_gradient(run.molecule, point.gradient, report);
   if (!point.converged) run.converged = false;
-  run.scf = surface.last_scf();
-  run.geometry = surface.take_geometry();
+  run.scf = surface->last_scf();
+  run.geometry = surface->take_geometry();
   return 0;
 }
 
