@@ -12,7 +12,7 @@ const std::vector<JOB_ROW_T>& job_table() {
   static const std::vector<JOB_ROW_T> table = {
       {JOB::energy, {section_one_electron, section_scf, section_output}},
       {JOB::gradient, {section_one_electron, section_gradient, section_output}},
-      {JOB::opt, {}},
+      {JOB::opt, {section_one_electron, section_optimization, section_output}},
       {JOB::freq, {}},
       {JOB::opt_freq, {}},
       {JOB::bsse, {}},

@@ -16,10 +16,11 @@ struct RUN_T {
   std::string input_file;
   INPUT_PARSER::INPUT_DATA_T input;
   DFT::FUNCTIONAL_T functional;
-  MOLECULE_T molecule;
+  MOLECULE_T molecule;                             ///< of the input; after Section 5 at the optimised geometry
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< of the last SCF
   SCF::SCF_RESULT_T scf;                           ///< the last SCF: Section 3, or the one behind the last gradient
+  bool optimized = false;                          ///< `scf` and `geometry` are those of an optimisation's last step
   bool converged = true;                           ///< false once an iterative procedure of the run has not converged
 };
 

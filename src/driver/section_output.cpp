@@ -34,6 +34,7 @@ int section_output(RUN_T& run, std::ostream& report) {
   print_section_heading("7", "Output & Properties", report);
   {
     const STAGE_TIMER timer(STAGE::properties);
+    if (run.optimized) fmt::print(report, "   Reusing SCF from last optimization step.\n");
     print_final_energies(run.scf.energy, report);
     if (!run.functional.is_hartree_fock()) check_grid(run, report);
     if (run.scf.unrestricted()) SCF::print_spin(run.scf, report);

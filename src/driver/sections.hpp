@@ -17,6 +17,8 @@ namespace zentrix {
 [[nodiscard]] int section_scf(RUN_T& run, std::ostream& report);
 /// 4: energy gradient at the input geometry.
 [[nodiscard]] int section_gradient(RUN_T& run, std::ostream& report);
+/// 5: geometry optimisation; leaves the molecule at the last geometry, with the SCF there.
+[[nodiscard]] int section_optimization(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
 

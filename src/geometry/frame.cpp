@@ -8,9 +8,10 @@
 namespace zentrix::INTERNAL_COORDS {
 namespace {
 
-/// Singular values of B below this (bohr^-1 for angles) count as zero. Those of rigid motions are of rounding size, those of
-/// the softest combined torsions of long chains above 1e-2.
-constexpr double smallest_singular_value = 1e-3;
+/// Singular values of B below this (bohr^-1 for angles) count as zero. Those of rigid motions are of rounding size; the
+/// smallest of hydrogen-bonded dimers of bases are 0.05. What lies between belongs to coordinates that nearly cease to
+/// exist, and following it would throw atoms far away.
+constexpr double smallest_singular_value = 1e-2;
 /// A rotation whose displacements have a norm below this (bohr) turns a linear molecule about itself.
 constexpr double no_rotation = 1e-4;
 
@@ -57,9 +58,13 @@ FRAME_T frame_of(const MATRIX& b) {
 }
 
 VECTOR FRAME_T::internal_gradient(const VECTOR& cartesian) const {
+  if (sigma.size() == 0) return VECTOR::Zero(u.rows());
   return u * (v.transpose() * cartesian).cwiseQuotient(sigma);
 }
 
-VECTOR FRAME_T::cartesian_step(const VECTOR& dq) const { return v * (u.transpose() * dq).cwiseQuotient(sigma); }
+VECTOR FRAME_T::cartesian_step(const VECTOR& dq) const {
+  if (sigma.size() == 0) return VECTOR::Zero(v.rows());
+  return v * (u.transpose() * dq).cwiseQuotient(sigma);
+}
 
 }  // namespace zentrix::INTERNAL_COORDS

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <iosfwd>
+#include <utility>
+#include <vector>
+
+#include "geometry/optimizer.hpp"
+
+namespace zentrix::OPTIMIZER {
+
+/// The observer that writes the report of an optimisation: coordinates, thresholds, every geometry before it is computed (so
+/// that an interrupted run can be taken up by hand), the table of steps, the final geometry.
+class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
+ public:
+  struct OPTIONS_T {
+    std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix;  ///< of the input; empty when it was Cartesian
+    bool gradients = false;                            ///< print the Cartesian gradient of every step
+  };
+  OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, OPTIONS_T options, std::ostream& report);
+  void cartesian_forced() override;
+  void too_few_coordinates() override;
+  void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
+  void constraints_matched(const std::vector<INTERNAL_COORDS::CONSTRAINT_MATCH_T>& matches,
+                           const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
+  void refused(REFUSAL reason) override;
+  void started(bool internal, INPUT_PARSER::MODEL_HESSIAN model, const THRESHOLDS_T& thresholds) override;
+  void evaluating(int step, const VECTOR& positions) override;
+  void evaluated(const STEP_ROW_T& row, const VECTOR& gradient) override;
+  void step_rejected(int step, double rise) override;
+  void coordinates_remade() override;
+  void scf_failed(int step) override;
+  void finished(const OPTIMIZATION_T& result) override;
+
+ private:
+  void print_geometry(const VECTOR& positions) const;
+  void print_gradient(const VECTOR& gradient) const;
+  void print_zmatrix(const VECTOR& positions) const;
+
+  std::vector<std::string> symbols_;
+  OPTIONS_T options_;
+  std::ostream& report_;
+};
+
+}  // namespace zentrix::OPTIMIZER

@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/program_run.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+const std::string water_zmatrix = "%gz\nO\nH 1 0.96\nH 1 0.96 2 104.5\n*end\n";
+
+void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
+  std::size_t at = 0;
+  for (const std::string& text : texts) {
+    const std::size_t found = run.report.find(text, at);
+    ASSERT_NE(found, std::string::npos) << "missing after position " << at << ":\n" << text << "\nin\n" << run.report;
+    at = found + text.size();
+  }
+}
+
+}  // namespace
+
+TEST(OptimizationReport, EndsInSectionSevenWithTheLastScf) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%job opt\n%print_grad\n%print_time\n" + water_zmatrix);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run, {" --- Section 2: One-Electron Integrals ---\n",
+                        " --- Section 5: Geometry Optimization ---\n",
+                        "   Internal Coordinates Summary\n",
+                        "   Geometry Optimization (RFO / Internal Coordinates)\n",
+                        "   Initial Hessian: Almloef coupled model (off-diagonal force constants)\n",
+                        "   Geometry of step 1 (Angstrom):\n",
+                        "   Running SCF for gradient...\n",
+                        "   Initial Fock matrix:       core Hamiltonian\n",
+                        "%print_grad  (Hartree/Bohr)\n",
+                        "   Step        Energy       dE       max|g|    rms(g)    max|dx|   rms(dx)\n      1",
+                        "   Geometry of step 2 (Angstrom):\n",
+                        "   Initial Fock matrix:       previous density\n",
+                        "   Optimization converged in ",
+                        "   Final energy:     -74.965901",
+                        "   Optimized geometry (Angstrom):\n",
+                        "   Optimized Z-matrix:\n     O    \n     H        1   0.989",
+                        "   Optimization time: ",
+                        " --- Section 7: Output & Properties ---\n   Reusing SCF from last optimization step.\n",
+                        "     Total energy:            -74.965901",
+                        "   |mu|    (Debye):       1.709",
+                        "  Optimizer work"});
+  EXPECT_FALSE(run.says("--- Section 3")) << run.report;
+}
+
+TEST(OptimizationReport, CartesianCoordinatesOnRequestAndForDiatomics) {
+  const PROGRAM_RUN_T water = run_program_in_folder("%job opt\n%opt_coord cart\n" + water_zmatrix);
+  ASSERT_EQ(water.status, 0) << water.report;
+  expect_in_order(water, {"   %opt_coord cart: forcing Cartesian-BFGS optimizer (skipping internals).\n",
+                          "   Geometry Optimization (BFGS / Cartesian Coordinates)\n", "   Final energy:     -74.965901"});
+  const PROGRAM_RUN_T hydrogen = run_program_in_folder("%job opt\n%geo\nH 0 0 0\nH 0 0 0.9\n*end\n");
+  ASSERT_EQ(hydrogen.status, 0) << hydrogen.report;
+  expect_in_order(hydrogen,
+                  {"   Geometry Optimization (BFGS / Cartesian Coordinates)\n", "   Final energy:      -1.117505"});
+}
+
+TEST(OptimizationReport, WhatDoesNotConvergeKeepsTheLastGeometry) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"%geom_maxiter 2\n", "   *** Optimization NOT converged after 2 steps!\n"},
+      {"%scf_maxiter 3\n", "   *** SCF did not converge at step 1\n\n   *** Optimization NOT converged after 1 steps!\n"}};
+  for (const auto& [keyword, line] : cases) {
+    const PROGRAM_RUN_T run = run_program_in_folder("%job opt\n" + keyword + water_zmatrix);
+    EXPECT_EQ(run.status, 3) << run.report;
+    expect_in_order(run, {line, "   Final energy: ", "   Last geometry (Angstrom):\n", "   Optimized Z-matrix:\n",
+                          " --- Section 7: Output & Properties ---\n", "  Zentrix run completed.\n"});
+  }
+}
+
+TEST(OptimizationReport, ConstraintsHoldOrStopTheRun) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%job opt\n%constrain\nB 2 1\nB 2 3\n*end\n" + water_zmatrix);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run,
+                  {"   Constraint matching:\n   --------------------\n   matched auto-generated bond #1\n   ADDED (R = 2.86",
+                   "   2 coordinate(s) frozen out of 4 total.\n     (1 new coordinate(s) added by extension)\n",
+                   "   Optimized Z-matrix:\n", "   0.96000000\n"});
+  const PROGRAM_RUN_T pair = run_program_in_folder("%job opt\n%constrain\nB 1 2\n*end\n%geo\nH 0 0 0\nH 0 0 0.9\n*end\n");
+  EXPECT_EQ(pair.status, 1) << pair.report;
+  EXPECT_TRUE(
+      pair.ends_with(" *** ERROR: %constrain is only supported on the internal-coordinate optimizer.\n"
+                     "            For diatomics or systems too small for redundant internals,\n"
+                     "            use a Z-matrix scan instead (%job scan).\n"))
+      << pair.report;
+}

@@ -1,0 +1,321 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <Eigen/Eigenvalues>
+#include <random>
+#include <sstream>
+
+#include "geometry/hessian_update.hpp"
+#include "geometry/model_hessian.hpp"
+#include "geometry/optimizer.hpp"
+#include "geometry/optimizer_report.hpp"
+#include "geometry/rfo_step.hpp"
+#include "geometry/trust_radius.hpp"
+#include "geometry/zmatrix_values.hpp"
+#include "input/input_parser.hpp"
+#include "unit/geometry/pair_surface.hpp"
+
+// The optimisers on surfaces whose gradient is exact, and the pieces they are made of.
+
+namespace {
+
+using namespace zentrix;
+using namespace zentrix::OPTIMIZER;
+using namespace zentrix::TESTS;
+using INPUT_PARSER::MODEL_HESSIAN;
+using ::testing::HasSubstr;
+
+VECTOR shaken(const VECTOR& x, double length, unsigned seed) {
+  std::mt19937 generator(seed);
+  std::uniform_real_distribution<double> uniform(-length, length);
+  VECTOR result = x;
+  for (Eigen::Index n = 0; n < x.size(); ++n) result(n) += uniform(generator);
+  return result;
+}
+
+/// Keeps the table and what else a test wants to see.
+class RECORDER_T : public OPTIMIZER_OBSERVER_T {
+ public:
+  void started(bool is_internal, MODEL_HESSIAN, const THRESHOLDS_T&) override { internal = is_internal; }
+  void evaluated(const STEP_ROW_T& row, const VECTOR&) override { rows.push_back(row); }
+  void step_rejected(int, double) override { ++rejected; }
+  void coordinates_remade() override { ++remade; }
+  bool internal = false;
+  int rejected = 0;
+  int remade = 0;
+  std::vector<STEP_ROW_T> rows;
+};
+
+double largest(const VECTOR& v) { return v.lpNorm<Eigen::Infinity>(); }
+
+TEST(Optimizer, BothCoordinateSystemsFindTheSameMinimum) {
+  // The tolerance is what the thresholds leave on the flat bottom of a sum of pairs.
+  for (const auto& [name, lines] : structures()) {
+    if (name == "XeF4") continue;  // several minima of this surface lie within reach
+    const STRUCTURE_T reference = structure(lines);
+    const VECTOR start = shaken(reference.x, 0.12, 5);
+    double energy[3] = {};
+    for (int run = 0; run < 3; ++run) {
+      PAIR_SURFACE_T surface(reference, start);
+      OPTIMIZER_SETTINGS_T settings;
+      settings.max_steps = 150;
+      settings.initial_hessian = run == 1 ? MODEL_HESSIAN::diag : MODEL_HESSIAN::full;
+      settings.force_cartesian = run == 2;
+      RECORDER_T recorder;
+      const OPTIMIZATION_T result = optimize(surface, settings, recorder);
+      EXPECT_EQ(result.outcome, OUTCOME::converged) << name << " " << run;
+      EXPECT_EQ(recorder.internal, run != 2);
+      EXPECT_LT(largest(result.point.gradient), 2e-3) << name << " " << run;
+      energy[run] = result.point.energy;
+    }
+    EXPECT_NEAR(energy[0], energy[1], 1e-4) << name;
+    EXPECT_NEAR(energy[0], energy[2], 1e-4) << name;
+  }
+}
+
+TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
+  const STRUCTURE_T reference = structure(hydrogen_peroxide);
+  const VECTOR start = shaken(reference.x, 0.1, 9);
+  OPTIMIZER_SETTINGS_T settings;
+  settings.max_steps = 100;
+  settings.constraints = {{'B', {2, 1}, {}}, {'D', {3, 1, 2, 4}, 1.2}, {'B', {3, 4}, {}}};
+  PAIR_SURFACE_T surface(reference, start);
+  RECORDER_T recorder;
+  const OPTIMIZATION_T result = optimize(surface, settings, recorder);
+  ASSERT_EQ(result.outcome, OUTCOME::converged);
+  INTERNAL_COORDS::COORDINATE_SET_T held;
+  held.coordinates = {{INTERNAL_COORDS::KIND::bond, {1, 2, 0, 0}},
+                      {INTERNAL_COORDS::KIND::dihedral, {3, 1, 2, 4}},
+                      {INTERNAL_COORDS::KIND::bond, {3, 4, 0, 0}}};
+  const VECTOR before = INTERNAL_COORDS::coordinate_values(held, start);
+  const VECTOR after = INTERNAL_COORDS::coordinate_values(held, result.positions);
+  EXPECT_NEAR(after(0), before(0), 1e-6);
+  EXPECT_NEAR(after(1), 1.2, 1e-6);
+  EXPECT_NEAR(after(2), before(2), 1e-6);
+  // What is left of the gradient lies in the held directions.
+  const MATRIX v = INTERNAL_COORDS::frame_of(INTERNAL_COORDS::wilson_b(held, result.positions)).v;
+  const VECTOR& g = result.point.gradient;
+  EXPECT_GT(largest(g), 5e-3);
+  EXPECT_LT(largest(g - v * (v.transpose() * g)), 1e-3);
+}
+
+TEST(Optimizer, BentChainBecomesStraight) {
+  const STRUCTURE_T reference = structure(carbon_dioxide);
+  const STRUCTURE_T bent = structure("C 0 0 0\nO 0.35 0 1.1\nO 0.35 0 -1.1\n");
+  PAIR_SURFACE_T surface(reference, bent.x);
+  OPTIMIZER_SETTINGS_T settings;
+  RECORDER_T recorder;
+  const OPTIMIZATION_T result = optimize(surface, settings, recorder);
+  EXPECT_EQ(result.outcome, OUTCOME::converged);
+  EXPECT_LT(largest(result.point.gradient), 2e-3);
+}
+
+TEST(Optimizer, NeverConvergesOnTheFirstStep) {
+  const STRUCTURE_T reference = structure(water);
+  PAIR_SURFACE_T first(reference, reference.x);
+  OPTIMIZER_SETTINGS_T settings;
+  RECORDER_T recorder;
+  const OPTIMIZATION_T minimum = optimize(first, settings, recorder);
+  PAIR_SURFACE_T again(reference, minimum.positions);
+  RECORDER_T second;
+  const OPTIMIZATION_T result = optimize(again, settings, second);
+  EXPECT_EQ(result.outcome, OUTCOME::converged);
+  EXPECT_EQ(result.steps, 2);
+  EXPECT_LT(second.rows[0].max_gradient, 4.5e-4);
+}
+
+TEST(Optimizer, SmallMoleculesTakeCartesianCoordinates) {
+  const STRUCTURE_T reference = structure(hydrogen_fluoride);
+  PAIR_SURFACE_T surface(reference, 1.3 * reference.x);
+  OPTIMIZER_SETTINGS_T settings;
+  RECORDER_T recorder;
+  OPTIMIZATION_T result = optimize(surface, settings, recorder);
+  EXPECT_EQ(result.outcome, OUTCOME::converged);
+  EXPECT_FALSE(recorder.internal);
+  EXPECT_NEAR(result.point.energy, 0.0, 1e-7);
+  const STRUCTURE_T atom = structure("He 0 0 1\n");
+  PAIR_SURFACE_T nothing(atom, atom.x);
+  result = optimize(nothing, settings, recorder);
+  EXPECT_EQ(result.outcome, OUTCOME::converged);
+  EXPECT_EQ(result.positions, atom.x);
+}
+
+TEST(Optimizer, RefusesWhatCartesianCoordinatesCannotDo) {
+  const STRUCTURE_T reference = structure(hydrogen_fluoride);
+  PAIR_SURFACE_T surface(reference, reference.x);
+  const auto text = [&](const OPTIMIZER_SETTINGS_T& settings) {
+    std::ostringstream report;
+    OPTIMIZER_PRINTER_T printer(surface.molecule(), {}, report);
+    EXPECT_EQ(optimize(surface, settings, printer).outcome, OUTCOME::refused);
+    EXPECT_EQ(surface.evaluations, 0);
+    return report.str();
+  };
+  OPTIMIZER_SETTINGS_T constrained;
+  constrained.constraints = {{'B', {1, 2}, {}}};
+  EXPECT_THAT(text(constrained), HasSubstr(" *** ERROR: %constrain is only supported on the internal-coordinate optimizer.\n"
+                                           "            For diatomics or systems too small for redundant internals,\n"));
+  OPTIMIZER_SETTINGS_T solvated;
+  solvated.solvated = true;
+  EXPECT_THAT(text(solvated), HasSubstr(" *** PCM ERROR: PCM with the Cartesian-BFGS optimizer is\n"
+                                        "     not supported in v0.74.x.  This path is taken only for\n"));
+}
+
+TEST(Optimizer, ReportTellsEveryStepAndGeometry) {
+  const STRUCTURE_T reference = structure(water);
+  PAIR_SURFACE_T surface(reference, shaken(reference.x, 0.2, 1));
+  OPTIMIZER_SETTINGS_T settings;
+  std::ostringstream report;
+  OPTIMIZER_PRINTER_T printer(surface.molecule(), {{}, true}, report);
+  const OPTIMIZATION_T result = optimize(surface, settings, printer);
+  const std::string text = report.str();
+  EXPECT_THAT(text, HasSubstr("   Geometry Optimization (RFO / Internal Coordinates)\n"));
+  EXPECT_THAT(text, HasSubstr("   Initial Hessian: Almloef coupled model (off-diagonal force constants)\n"));
+  EXPECT_THAT(text, HasSubstr("                                     max|g|    rms(g)    max|dx|   rms(dx)\n"
+                              "   Convergence when below:         0.000450  0.000300   0.001800  0.001200\n"));
+  EXPECT_THAT(text, HasSubstr("   Step        Energy       dE       max|g|    rms(g)    max|dx|   rms(dx)\n      1"));
+  EXPECT_THAT(text, HasSubstr("   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n"));
+  for (int step = 1; step <= result.steps; ++step)
+    EXPECT_THAT(text, HasSubstr("   Geometry of step " + std::to_string(step) + " (Angstrom):\n"));
+  EXPECT_THAT(text,
+              HasSubstr("   Optimization converged in " + std::to_string(result.steps) + " steps.\n   Final energy: "));
+}
+
+TEST(Optimizer, FailureAndLimitKeepTheLastGeometry) {
+  const STRUCTURE_T reference = structure(water);
+  const VECTOR start = shaken(reference.x, 0.2, 1);
+  for (const bool fails : {true, false}) {
+    PAIR_SURFACE_T surface(reference, start);
+    if (fails) surface.failing_evaluation = 3;
+    OPTIMIZER_SETTINGS_T settings;
+    settings.max_steps = fails ? 50 : 2;
+    std::ostringstream report;
+    OPTIMIZER_PRINTER_T printer(surface.molecule(), {}, report);
+    const OPTIMIZATION_T result = optimize(surface, settings, printer);
+    EXPECT_EQ(result.outcome, fails ? OUTCOME::scf_failed : OUTCOME::step_limit);
+    EXPECT_EQ(surface.evaluations, fails ? 3 : 2);
+    EXPECT_EQ(report.str().find("SCF did not converge at step 3") != std::string::npos, fails);
+    EXPECT_THAT(report.str(),
+                HasSubstr("   *** Optimization NOT converged after " + std::string(fails ? "3" : "2") + " steps!\n"));
+    EXPECT_THAT(report.str(), HasSubstr("   Last geometry (Angstrom):\n"));
+  }
+}
+
+/// A narrow wall behind a gentle slope: the first steps run into it.
+class WALL_SURFACE_T : public PAIR_SURFACE_T {
+ public:
+  using PAIR_SURFACE_T::PAIR_SURFACE_T;
+  GRADIENTS::SURFACE_POINT_T energy_and_gradient(const VECTOR& x) override {
+    GRADIENTS::SURFACE_POINT_T point;
+    const Eigen::Vector3d d = x.segment<3>(0) - x.segment<3>(3);
+    const double r = d.norm();
+    const double over = std::max(r - 2.0, 0.0);
+    point.energy = -0.05 * r + 50.0 * over * over;
+    const Eigen::Vector3d slope = (-0.05 + 100.0 * over) / r * d;
+    point.gradient.resize(6);
+    point.gradient << slope, -slope;
+    return point;
+  }
+};
+
+TEST(Optimizer, StepsThatRaiseTheEnergyAreTakenBack) {
+  STRUCTURE_T start = structure("H 0 0 0\nH 0 0 1\n");
+  start.x(5) = 1.95;
+  WALL_SURFACE_T surface(start, start.x);
+  OPTIMIZER_SETTINGS_T settings;
+  RECORDER_T recorder;
+  const OPTIMIZATION_T result = optimize(surface, settings, recorder);
+  EXPECT_EQ(result.outcome, OUTCOME::converged);
+  EXPECT_GT(recorder.rejected, 0);
+  EXPECT_NEAR(result.positions(5) - result.positions(2), 2.0005, 1e-5);
+}
+
+TEST(TrustRadius, FollowsTheRatio) {
+  EXPECT_NEAR(next_trust(0.16, -0.1), 0.04, 1e-15);
+  EXPECT_EQ(next_trust(0.05, -0.1), 0.02);
+  EXPECT_NEAR(next_trust(0.16, 0.0), 0.08, 1e-15);
+  EXPECT_EQ(next_trust(0.03, 0.2), 0.02);
+  EXPECT_EQ(next_trust(0.15, 0.25), 0.15);
+  EXPECT_EQ(next_trust(0.15, 0.75), 0.15);
+  EXPECT_NEAR(next_trust(0.15, 0.8), 0.18, 1e-15);
+  EXPECT_EQ(next_trust(0.29, 1.0), 0.3);
+  EXPECT_EQ(energy_ratio(-1.0, 1e-16), 1.0);
+  EXPECT_EQ(energy_ratio(-1.0, -2.0), 0.5);
+}
+
+TEST(RfoStep, IsTheMinimumOfTheModelOnTheSphere) {
+  std::mt19937 generator(4);
+  std::normal_distribution<double> normal;
+  const MATRIX random = MATRIX::NullaryExpr(6, 6, [&] { return normal(generator); });
+  const VECTOR gradient = VECTOR::NullaryExpr(6, [&] { return 0.3 * normal(generator); });
+  for (const double lift : {0.0, 8.0}) {  // indefinite and positive definite
+    const MATRIX hessian = random + random.transpose() + lift * MATRIX::Identity(6, 6);
+    const RFO_STEP_T result = rfo_step(hessian, gradient, 0.02);
+    ASSERT_TRUE(result.limited);
+    EXPECT_NEAR(result.step.norm(), 0.02, 1e-9);
+    const auto model = [&](const VECTOR& s) { return gradient.dot(s) + 0.5 * s.dot(hessian * s); };
+    for (int trial = 0; trial < 200; ++trial) {
+      const VECTOR other = 0.02 * VECTOR::NullaryExpr(6, [&] { return normal(generator); }).normalized();
+      EXPECT_GE(model(other), model(result.step) - 1e-12);
+    }
+  }
+}
+
+TEST(RfoStep, UnlimitedStepSolvesTheAugmentedEquations) {
+  MATRIX hessian(2, 2);
+  hessian << 0.5, 0.1, 0.1, 0.3;
+  VECTOR gradient(2);
+  gradient << 0.01, -0.02;
+  const RFO_STEP_T result = rfo_step(hessian, gradient, 1.0);
+  EXPECT_FALSE(result.limited);
+  EXPECT_LT((hessian * result.step + gradient - result.shift * result.step).norm(), 1e-12);
+  EXPECT_NEAR(gradient.dot(result.step), result.shift, 1e-12);
+}
+
+TEST(HessianUpdate, MeetsTheSecantConditionAndStaysPositive) {
+  MATRIX hessian = MATRIX::Identity(3, 3) * 0.5;
+  VECTOR step(3);
+  step << 0.1, -0.05, 0.02;
+  VECTOR change(3);
+  change << 0.04, -0.03, 0.01;
+  bfgs_update(hessian, step, change);
+  EXPECT_LT((hessian * step - change).norm(), 1e-14);
+  bfgs_update(hessian, step, -change);  // negative curvature
+  EXPECT_GT(Eigen::SelfAdjointEigenSolver<MATRIX>(hessian).eigenvalues()(0), 0.0);
+  const MATRIX before = hessian;
+  bfgs_update(hessian, VECTOR::Zero(3), change);
+  EXPECT_EQ(hessian, before);
+}
+
+TEST(ModelHessian, IsPositiveAndCoupledOnlyInTheFullModel) {
+  const STRUCTURE_T molecule = structure(formaldehyde);
+  const auto set = INTERNAL_COORDS::generate_coordinates(molecule.z, molecule.x);
+  const MATRIX diag = model_hessian(set, molecule.z, molecule.x, MODEL_HESSIAN::diag);
+  const MATRIX full = model_hessian(set, molecule.z, molecule.x, MODEL_HESSIAN::full);
+  EXPECT_TRUE(diag.isDiagonal());
+  EXPECT_FALSE(full.isDiagonal());
+  EXPECT_LT((full - full.transpose()).norm(), 1e-14);
+  EXPECT_GT(Eigen::SelfAdjointEigenSolver<MATRIX>(full).eigenvalues()(0), 1e-3);
+  // 0.45 exp(0.28 (2.87^2 - r^2)) for two atoms of the second row.
+  const double r = 1.2052 * BOHR_PER_ANGSTROM;
+  EXPECT_NEAR(diag(0, 0), 0.45 * std::exp(0.28 * (2.87 * 2.87 - r * r)), 1e-12);
+}
+
+TEST(Zmatrix, ValuesOfTheRowsAreRead) {
+  std::vector<INPUT_PARSER::ZMATRIX_ROW_T> rows(4);
+  rows[1] = {"O", 8, 1, 1.45, 0, 0.0, 0, 0.0, ""};
+  rows[2] = {"H", 1, 1, 0.97, 2, 99.5, 0, 0.0, ""};
+  rows[3] = {"H", 1, 2, 0.96, 1, 101.0, 3, -112.0, ""};
+  std::vector<double> coords(12);
+  std::ostringstream report;
+  ASSERT_EQ(INPUT_PARSER::zmatrix_to_cartesian(rows, coords, report), 0);
+  auto wrong = rows;
+  for (auto& row : wrong) row.bond = row.angle = row.dihedral = 0.0;
+  const auto read = zmatrix_at(wrong, Eigen::Map<VECTOR>(coords.data(), 12));
+  for (std::size_t n = 0; n < rows.size(); ++n) {
+    EXPECT_NEAR(read[n].bond, rows[n].bond, 1e-10);
+    EXPECT_NEAR(read[n].angle, rows[n].angle, 1e-8);
+    EXPECT_NEAR(read[n].dihedral, rows[n].dihedral, 1e-8);
+  }
+}
+
+}  // namespace
