@@ -4,6 +4,7 @@
 #include "dft/xc_integrator.hpp"
 #include "molecule/molecule.hpp"
 #include "report/timing.hpp"
+#include "scf/incremental_jk.hpp"
 #include "scf/scf.hpp"
 
 // The terms of a Fock matrix. With g the occupation of an orbital (2 or 1) and D = sum_s D_s:
@@ -35,10 +36,7 @@ class COULOMB_EXCHANGE_TERM_T : public FOCK_TERM_T {
   COULOMB_EXCHANGE_TERM_T(const INTEGRALS_2E::JK_BUILDER& jk, double exchange) : jk_(jk), exchange_(exchange) {}
   void add(const SPIN_MATRICES_T& densities, SPIN_MATRICES_T& fock, ENERGY_PARTS_T& energy) override {
     const STAGE_TIMER timer(STAGE::integrals_2e);
-    MATRIX total = densities[0];
-    for (std::size_t s = 1; s < densities.size(); ++s) total += densities[s];
-    const std::span<const MATRIX> for_k = exchange_ == 0.0 ? std::span<const MATRIX>() : std::span<const MATRIX>(densities);
-    const INTEGRALS_2E::JK_RESULT_T built = jk_.build(std::span<const MATRIX>(&total, 1), for_k);
+    const INTEGRALS_2E::JK_RESULT_T& built = jk_.build(densities, exchange_ != 0.0);
     const double occupation = densities.size() == 1 ? 2.0 : 1.0;
     for (std::size_t s = 0; s < fock.size(); ++s) {
       MATRIX two_electron = built.j[0];
@@ -49,7 +47,7 @@ class COULOMB_EXCHANGE_TERM_T : public FOCK_TERM_T {
   }
 
  private:
-  const INTEGRALS_2E::JK_BUILDER& jk_;
+  INCREMENTAL_JK_T jk_;
   double exchange_;  ///< exact-exchange fraction a
 };
 
