@@ -18,4 +18,20 @@ void bfgs_update(MATRIX& hessian, const VECTOR& step, const VECTOR& gradient_cha
   hessian += change * change.transpose() / curvature - model_change * model_change.transpose() / model_curvature;
 }
 
+void bofill_update(MATRIX& hessian, const VECTOR& step, const VECTOR& gradient_change) {
+  constexpr double no_step = 1e-12;
+  constexpr double nothing_new = 1e-14;
+  const double length = step.squaredNorm();
+  const VECTOR surprise = gradient_change - hessian * step;
+  const double size = surprise.squaredNorm();
+  if (length < no_step * no_step || size < nothing_new * nothing_new) return;
+  const double along = surprise.dot(step);
+  const double share = along * along / (size * length);
+  const MATRIX mixed = surprise * step.transpose() + step * surprise.transpose();
+  const MATRIX powell = mixed / length - along / (length * length) * step * step.transpose();
+  hessian += (1.0 - share) * powell;
+  // share times the rank-one update, without its vanishing denominator: share / along = along / (size length).
+  hessian += along / (size * length) * surprise * surprise.transpose();
+}
+
 }  // namespace zentrix::OPTIMIZER

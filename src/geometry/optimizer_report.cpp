@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "constants/units.hpp"
 #include "geometry/internal_coords_report.hpp"
+#include "geometry/positions_report.hpp"
 #include "geometry/zmatrix_values.hpp"
 #include "report/layout.hpp"
 
@@ -18,9 +18,7 @@ constexpr auto table_header = "   Step        Energy       dE       max|g|    rm
 }  // namespace
 
 OPTIMIZER_PRINTER_T::OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, OPTIONS_T options, std::ostream& report)
-    : options_(std::move(options)), report_(report) {
-  for (const ATOM_T& atom : molecule.atoms) symbols_.push_back(atom.symbol);
-}
+    : symbols_(INTERNAL_COORDS::symbols_of(molecule)), options_(std::move(options)), report_(report) {}
 
 void OPTIMIZER_PRINTER_T::cartesian_forced() {
   fmt::print(report_, "   %opt_coord cart: forcing Cartesian-BFGS optimizer (skipping internals).\n");
@@ -108,12 +106,7 @@ void OPTIMIZER_PRINTER_T::finished(const OPTIMIZATION_T& result) {
 }
 
 void OPTIMIZER_PRINTER_T::print_geometry(const VECTOR& positions) const {
-  const auto angstrom = [&](Eigen::Index k) { return without_minus_zero(positions(k) / BOHR_PER_ANGSTROM, 8); };
-  for (std::size_t a = 0; a < symbols_.size(); ++a) {
-    const auto k = static_cast<Eigen::Index>(3 * a);
-    fmt::print(report_, "   {:4d}  {:<2}  {:14.8f} {:14.8f} {:14.8f}\n", a + 1, symbols_[a], angstrom(k), angstrom(k + 1),
-               angstrom(k + 2));
-  }
+  INTERNAL_COORDS::print_positions(symbols_, positions, report_);
 }
 
 void OPTIMIZER_PRINTER_T::print_gradient(const VECTOR& gradient) const {

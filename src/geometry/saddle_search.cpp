@@ -1,0 +1,215 @@
+#include "geometry/saddle_search.hpp"
+
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "geometry/coordinate_system.hpp"
+#include "geometry/hessian_transform.hpp"
+#include "geometry/hessian_update.hpp"
+#include "geometry/prfo_step.hpp"
+#include "geometry/trust_radius.hpp"
+#include "linalg/lapack.hpp"
+#include "report/stop.hpp"
+
+namespace zentrix::TRANSITION_STATE {
+namespace {
+
+using namespace INTERNAL_COORDS;
+using OPTIMIZER::COORDINATE_POINT_T;
+using OPTIMIZER::COORDINATE_SYSTEM_T;
+
+/// The Hessian in the independent coordinates of a point.
+struct MODES_T {
+  VECTOR eigenvalues;  ///< ascending
+  MATRIX vectors;      ///< columns, over all coordinates
+};
+
+MODES_T modes_of(const MATRIX& hessian, const FRAME_T& frame) {
+  MODES_T modes;
+  MATRIX independent = frame.u.transpose() * hessian * frame.u;
+  MATRIX vectors;
+  if (symmetric_eigen(independent, modes.eigenvalues, vectors) != 0)
+    throw run_stopped(" *** FATAL: Diagonalization of the Hessian of the transition-state search failed.");
+  modes.vectors = frame.u * vectors;
+  return modes;
+}
+
+double rms(const VECTOR& v) { return v.size() > 0 ? std::sqrt(v.squaredNorm() / static_cast<double>(v.size())) : 0.0; }
+double largest(const VECTOR& v) { return v.size() > 0 ? v.lpNorm<Eigen::Infinity>() : 0.0; }
+
+/// How good a step was for `next_trust`: 1 when the quadratic model was right, less when it missed to either side, as a
+/// saddle point is approached uphill and downhill at once.
+double agreement(double actual, double predicted) {
+  const double ratio = OPTIMIZER::energy_ratio(actual, predicted);
+  return ratio <= 1.0 ? ratio : 2.0 - ratio;
+}
+
+class SEARCH_T {
+ public:
+  SEARCH_T(GRADIENTS::ENERGY_SURFACE_T& surface, COORDINATE_SYSTEM_T& system, const SADDLE_SETTINGS_T& settings,
+           SADDLE_OBSERVER_T& observer)
+      : surface_(surface), system_(system), settings_(settings), observer_(observer) {}
+
+  /// `internal`: whether the coordinates are internal ones, for the report.
+  SADDLE_POINT_T run(const MATRIX& cartesian_hessian, bool internal) {
+    VECTOR x = GRADIENTS::positions_of(surface_.molecule());
+    result_.outcome = OUTCOME::step_limit;
+    for (int step = 1; step <= settings_.max_steps; ++step) {
+      observer_.evaluating(step, x);
+      if (!evaluate(step, x)) break;
+      const COORDINATE_POINT_T here = point_in_coordinates(system_, x, result_.point.gradient);
+      if (step == 1 && !start(here, cartesian_hessian, internal)) return result_;
+      const VECTOR dq = last_ ? system_.difference(here.values, last_->values) : VECTOR::Zero(here.values.size());
+      if (last_) learn_from(here, dq);
+      const MODES_T modes = modes_of(hessian_, here.frame);
+      follow(modes);
+      const STEP_ROW_T row = tell(step, here, dq);
+      result_.negative_eigenvalues = static_cast<int>((modes.eigenvalues.array() < 0.0).count());
+      last_ = here;
+      if (step > 1 && below_thresholds(row)) {
+        result_.outcome = OUTCOME::converged;
+        break;
+      }
+      if (step < settings_.max_steps) x = next_positions(here, modes);
+    }
+    if (last_) result_.hessian = hessian_in_cartesian(system_, *last_, hessian_);
+    observer_.finished(result_);
+    return result_;
+  }
+
+ private:
+  bool evaluate(int step, const VECTOR& x) {
+    const double previous = result_.point.energy;
+    result_.steps = step;
+    result_.positions = x;
+    result_.point = surface_.energy_and_gradient(x);
+    energy_change_ = step > 1 ? result_.point.energy - previous : 0.0;
+    if (!result_.point.converged) {
+      observer_.scf_failed(step);
+      result_.outcome = OUTCOME::scf_failed;
+      return false;
+    }
+    if (last_) renew_coordinates(x);
+    return true;
+  }
+
+  /// When the coordinates are made anew, the Hessian goes over through its Cartesian form at the last point, where old and
+  /// new ones both exist.
+  void renew_coordinates(const VECTOR& x) {
+    const VECTOR cartesian_gradient =
+        last_->frame.v * last_->frame.sigma.asDiagonal() * (last_->frame.u.transpose() * last_->gradient);
+    const MATRIX cartesian = hessian_in_cartesian(system_, *last_, hessian_);
+    const VECTOR motion = last_->frame.cartesian_step(followed_vector_);
+    if (!system_.remade_for(x)) return;
+    last_ = point_in_coordinates(system_, last_->positions, cartesian_gradient);
+    hessian_ = hessian_in_coordinates(system_, *last_, cartesian);
+    const VECTOR changes = last_->frame.u * (last_->frame.sigma.asDiagonal() * (last_->frame.v.transpose() * motion));
+    followed_vector_ = changes.normalized();
+    observer_.coordinates_remade();
+  }
+
+  /// Hessian and mode of the first point; false when the mode asked for does not exist.
+  bool start(const COORDINATE_POINT_T& here, const MATRIX& cartesian_hessian, bool internal) {
+    hessian_ = hessian_in_coordinates(system_, here, cartesian_hessian);
+    const MODES_T modes = modes_of(hessian_, here.frame);
+    const auto n_modes = static_cast<int>(modes.eigenvalues.size());
+    observer_.started(internal, settings_.thresholds, modes.eigenvalues);
+    if (settings_.mode > n_modes || n_modes == 0) {
+      observer_.mode_refused(settings_.mode, n_modes);
+      result_.outcome = OUTCOME::refused;
+      return false;
+    }
+    followed_vector_ = modes.vectors.col(settings_.mode > 0 ? settings_.mode - 1 : 0);
+    return true;
+  }
+
+  /// The mode most like the one followed so far.
+  void follow(const MODES_T& modes) {
+    const VECTOR overlaps = (modes.vectors.transpose() * followed_vector_).cwiseAbs();
+    Eigen::Index best = 0;
+    followed_.overlap = overlaps.maxCoeff(&best);
+    followed_.mode = static_cast<int>(best) + 1;
+    followed_.eigenvalue = modes.eigenvalues(best);
+    followed_vector_ = modes.vectors.col(best);
+  }
+
+  STEP_ROW_T tell(int step, const COORDINATE_POINT_T& here, const VECTOR& dq) {
+    STEP_ROW_T row;
+    row.step = step;
+    row.energy = result_.point.energy;
+    row.energy_change = energy_change_;
+    row.max_gradient = largest(here.gradient);
+    row.rms_gradient = rms(here.gradient);
+    row.max_step = largest(dq);
+    row.rms_step = rms(dq);
+    observer_.evaluated(row, followed_);
+    return row;
+  }
+
+  bool below_thresholds(const STEP_ROW_T& row) const {
+    const THRESHOLDS_T& limit = settings_.thresholds;
+    return row.max_gradient < limit.max_gradient && row.rms_gradient < limit.rms_gradient && row.max_step < limit.max_step &&
+           row.rms_step < limit.rms_step;
+  }
+
+  void learn_from(const COORDINATE_POINT_T& here, const VECTOR& dq) {
+    const double predicted = last_->gradient.dot(dq) + 0.5 * dq.dot(hessian_ * dq);
+    trust_ = OPTIMIZER::next_trust(trust_, agreement(energy_change_, predicted));
+    OPTIMIZER::bofill_update(hessian_, dq, here.gradient - last_->gradient);
+  }
+
+  VECTOR next_positions(const COORDINATE_POINT_T& here, const MODES_T& modes) const {
+    const VECTOR gradient = modes.vectors.transpose() * here.gradient;
+    const OPTIMIZER::PRFO_STEP_T step = OPTIMIZER::prfo_step(modes.eigenvalues, gradient, followed_.mode - 1, trust_);
+    return system_.displaced(here.positions, modes.vectors * step.step);
+  }
+
+  GRADIENTS::ENERGY_SURFACE_T& surface_;
+  COORDINATE_SYSTEM_T& system_;
+  const SADDLE_SETTINGS_T& settings_;
+  SADDLE_OBSERVER_T& observer_;
+  SADDLE_POINT_T result_;
+  MATRIX hessian_;
+  std::optional<COORDINATE_POINT_T> last_;
+  VECTOR followed_vector_;
+  FOLLOWED_MODE_T followed_;
+  double energy_change_ = 0.0;
+  double trust_ = OPTIMIZER::TRUST_START;
+};
+
+/// Internal coordinates serve when they see every vibration and the atoms are not on one line.
+bool internals_serve(const COORDINATE_SET_T& set, const VECTOR& x) {
+  constexpr Eigen::Index rigid_motions_in_space = 6;
+  if (rigid_motions(x).cols() < rigid_motions_in_space) return false;
+  return frame_of(wilson_b(set, x)).v.cols() >= x.size() - rigid_motions_in_space;
+}
+
+}  // namespace
+
+SADDLE_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input) {
+  SADDLE_SETTINGS_T settings;
+  settings.max_steps = input.geom_maxiter;
+  settings.mode = input.ts_mode;
+  settings.force_cartesian = input.opt_coord == INPUT_PARSER::OPT_COORD::cartesian;
+  return settings;
+}
+
+SADDLE_POINT_T find_saddle(GRADIENTS::ENERGY_SURFACE_T& surface, const MATRIX& hessian, const SADDLE_SETTINGS_T& settings,
+                           SADDLE_OBSERVER_T& observer) {
+  std::vector<int> z;
+  for (const ATOM_T& atom : surface.molecule().atoms) z.push_back(atom.z);
+  const VECTOR x = GRADIENTS::positions_of(surface.molecule());
+  if (!settings.force_cartesian && z.size() > 2) {
+    COORDINATE_SET_T set = generate_coordinates(z, x);
+    if (internals_serve(set, x)) {
+      observer.coordinates_made(set);
+      OPTIMIZER::INTERNAL_SYSTEM_T system(z, std::move(set), {});
+      return SEARCH_T(surface, system, settings, observer).run(hessian, true);
+    }
+  }
+  OPTIMIZER::CARTESIAN_SYSTEM_T system(z);
+  return SEARCH_T(surface, system, settings, observer).run(hessian, false);
+}
+
+}  // namespace zentrix::TRANSITION_STATE
