@@ -28,6 +28,8 @@ struct FUNCTIONAL_T {
   bool needs_gradient = false;                   ///< density gradient
   bool needs_tau = false;                        ///< kinetic-energy density
 
+  /// Hartree-Fock followed by second-order correlation.
+  bool is_mp2() const { return name == "MP2" || name == "UMP2"; }
   bool is_hartree_fock() const { return functional_class == FUNCTIONAL_CLASS::hartree_fock; }
 };
 

@@ -65,11 +65,21 @@ void print_section_end(const std::string& line, int section, double seconds, std
   fmt::print(report, "{}\n  {}\n  Section {} time: {:.2f} s\n{}\n", rule, line, section, seconds, rule);
 }
 
-void print_final_energies(const SCF::ENERGY_PARTS_T& energy, std::ostream& report) {
+void print_no_ts_with_mp2(std::ostream& report) {
+  fmt::print(report, " *** ERROR: TS search does not yet support MP2 / UMP2 / PUMP2.\n");
+  fmt::print(report, "            Use HF or DFT in this release.\n");
+}
+
+void print_final_energies(const RUN_T& run, std::ostream& report) {
+  const SCF::ENERGY_PARTS_T& energy = run.scf.energy;
   fmt::print(report, "\n   Final energies:\n");
   fmt::print(report, "     Electronic energy: {:20.10f}\n", energy.electronic);
   fmt::print(report, "     Nuclear repulsion: {:20.10f}\n", energy.nuclear);
-  fmt::print(report, "     Total energy:      {:20.10f}\n", energy.total());
+  const double correlation = run.mp2 ? run.mp2->energy() : 0.0;
+  if (run.mp2)
+    fmt::print(report, "     {}{:20.10f}\n",
+               run.mp2->unrestricted ? "UMP2 correlation:  " : "MP2 correlation:   ", correlation);
+  fmt::print(report, "     Total energy:      {:20.10f}\n", energy.total() + correlation);
 }
 
 void print_grid_quality(double integrated, int electrons, std::ostream& report) {

@@ -17,10 +17,12 @@ void print_threads(int threads, std::ostream& report);
 void print_fatal(const std::string& what, int code, std::ostream& report);
 /// The line for a request that this version cannot serve.
 void print_missing(const std::string& feature, std::ostream& report);
+/// The lines for a transition-state search on a correlated surface.
+void print_no_ts_with_mp2(std::ostream& report);
 /// The end of a section with a closing line of its own: rule, that line, the time, rule.
 void print_section_end(const std::string& line, int section, double seconds, std::ostream& report);
 /// The energy block of Section 7, hartree.
-void print_final_energies(const SCF::ENERGY_PARTS_T& energy, std::ostream& report);
+void print_final_energies(const RUN_T& run, std::ostream& report);
 /// The integral of the density on the grid beside the electron count.
 void print_grid_quality(double integrated, int electrons, std::ostream& report);
 void print_end_lines(double seconds, std::ostream& report);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "correlation/mp2.hpp"
 #include "dft/functional_catalogue.hpp"
 #include "input/input_data.hpp"
 #include "molecule/types.hpp"
@@ -20,6 +22,7 @@ struct RUN_T {
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< of the last SCF
   SCF::SCF_RESULT_T scf;                           ///< the last SCF: Section 3, or the one behind the last gradient
+  std::optional<CORRELATION::MP2_RESULT_T> mp2;    ///< the correlation step behind `scf`, of a method that has one
   bool optimized = false;                          ///< `scf` and `geometry` are those of an optimisation's last step
   bool converged = true;                           ///< false once an iterative procedure of the run has not converged
 };

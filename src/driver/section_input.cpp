@@ -13,6 +13,8 @@
 namespace zentrix {
 namespace {
 
+using INPUT_PARSER::JOB;
+
 std::string input_file_name(int argc, char** argv, std::ostream& report) {
   if (argc > 1) return argv[1];
   fmt::print(report, " Usage: zentrix <input_file>\n No input file specified, looking for \"input.dat\"...\n");
@@ -41,6 +43,10 @@ int set_up_method(RUN_T& run, std::ostream& report) {
   fmt::print(report, "\n Setting up method...\n");
   if (const int error = DFT::set_up_functional(run.input.method, run.functional, report); error != 0) return error;
   DFT::print_functional(run.functional, report);
+  if (run.functional.is_mp2() && (run.input.job == JOB::ts || run.input.job == JOB::ts_freq)) {
+    print_no_ts_with_mp2(report);
+    return 1;
+  }
   return refuse_missing(missing_for_input(run.input, run.functional), report);
 }
 
@@ -51,6 +57,8 @@ int set_up_molecule(RUN_T& run, std::ostream& report) {
     return error;
   }
   print_molecule_summary(run.molecule, report);
+  if (run.functional.name == "MP2" && run.molecule.unrestricted)
+    fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
   return refuse_missing(missing_for_molecule(run.molecule), report);
 }
 

@@ -35,7 +35,7 @@ int section_output(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::properties);
     if (run.optimized) fmt::print(report, "   Reusing SCF from last optimization step.\n");
-    print_final_energies(run.scf.energy, report);
+    print_final_energies(run, report);
     if (!run.functional.is_hartree_fock()) check_grid(run, report);
     if (run.scf.unrestricted()) SCF::print_spin(run.scf, report);
     print_properties(run, report);

@@ -25,7 +25,12 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
 
   /// State and geometry of the last evaluation; null before the first one.
   const SCF::SCF_RESULT_T& last_scf() const { return scf_; }
+  const SCF::GEOMETRY_DATA_T& last_geometry() const { return *geometry_; }
   std::unique_ptr<SCF::GEOMETRY_DATA_T> take_geometry() { return std::move(geometry_); }
+
+ protected:
+  const INPUT_PARSER::INPUT_DATA_T& input() const { return input_; }
+  std::ostream* report() const { return report_; }
 
  private:
   void run_scf(const CARTESIAN_T& positions);

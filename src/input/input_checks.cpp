@@ -107,6 +107,7 @@ int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& re
   if (const int error = check_constraints(input, report); error != 0) return error;
   if (const int error = check_coincident_atoms(input, report); error != 0) return error;
   settle_solvation(input, report);
+  if (input.method == "UMP2") input.unrestricted = true;
   return input.job == JOB::bsse ? check_fragments(input, report) : 0;
 }
 

@@ -14,11 +14,43 @@ namespace {
 
 const PAIR_LIST_T& list_of(const SHELL_PAIRS_T& data, int list) { return data.lists[static_cast<std::size_t>(list)]; }
 
+}  // namespace
+
 bool in_lanes(const SHELL_PAIRS_T& data, const STORE_SEGMENT_T& segment) {
   return list_of(data, segment.bra.list).vectorised() && list_of(data, segment.ket_list).vectorised();
 }
 
-}  // namespace
+std::size_t segment_doubles(const SHELL_PAIRS_T& data, const STORE_SEGMENT_T& segment, int lanes) {
+  const int width = in_lanes(data, segment) ? lanes : 1;
+  const auto size =
+      static_cast<std::size_t>(list_of(data, segment.bra.list).block_size() * list_of(data, segment.ket_list).block_size());
+  const auto blocks = static_cast<std::size_t>((segment.kets + width - 1) / width);
+  return (blocks * size * static_cast<std::size_t>(width) + 7) / 8 * 8;  // every segment starts at a cache line
+}
+
+void compute_segment(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, const STORE_SEGMENT_T& segment,
+                     double primitive_cutoff, const kernels::BOYS_SERVICE_T& boys, QUARTET_WORK_T& work, double* out) {
+  const PAIR_LIST_T &bras = list_of(data, segment.bra.list), &kets = list_of(data, segment.ket_list);
+  const SHELL_PAIR_T& bra = bras.pairs[static_cast<std::size_t>(segment.bra.index)];
+  if (!in_lanes(data, segment)) {
+    for (int k = 0; k < segment.kets; ++k) {
+      scalar_block(data, bra, kets.pairs[static_cast<std::size_t>(k)], work.block);
+      out = std::copy(work.block.begin(), work.block.end(), out);
+    }
+    return;
+  }
+  const int ket_class = kernels::pair_class(kets.la, kets.lb), lanes = kernels.lanes;
+  const auto front = kernels.table->front[kernels::pair_class(bras.la, bras.lb)][ket_class];
+  for (int k = 0; k < segment.kets; k += lanes) {
+    const SHELL_PAIR_T* pairs[kernels::MAX_LANES];
+    const int count = std::min(lanes, segment.kets - k);
+    for (int lane = 0; lane < count; ++lane) pairs[lane] = &kets.pairs[static_cast<std::size_t>(k + lane)];
+    const kernels::BATCH_T batch = make_batch(bra, pairs, count, primitive_cutoff);
+    front(batch, boys, work.scratch.data(), work.rows.data());
+    kernels.table->store_rows[ket_class](batch, bras.block_size(), work.rows.data(), out);
+    out += bras.block_size() * kets.block_size() * lanes;
+  }
+}
 
 STORE_SIZE_T count_integrals(const SHELL_PAIRS_T& data, double threshold) {
   STORE_SIZE_T size;
@@ -38,14 +70,9 @@ ERI_STORE_T::ERI_STORE_T(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kerne
       const int kets = surviving_kets(data, bra, ket_list, threshold);
       if (kets == 0) continue;
       segments_.push_back({bra, ket_list, kets, doubles_});
-      const int width = in_lanes(data, segments_.back()) ? lanes_ : 1;
-      const auto size =
-          static_cast<std::size_t>(list_of(data, bra.list).block_size() * list_of(data, ket_list).block_size());
-      const auto blocks = static_cast<std::size_t>((kets + width - 1) / width);
       quartets_ += kets;
-      integrals_ += static_cast<std::int64_t>(size) * kets;
-      doubles_ += blocks * size * static_cast<std::size_t>(width);
-      doubles_ = (doubles_ + 7) / 8 * 8;  // every segment starts at a cache line
+      integrals_ += std::int64_t{list_of(data, bra.list).block_size()} * list_of(data, ket_list).block_size() * kets;
+      doubles_ += segment_doubles(data, segments_.back(), lanes_);
     }
 }
 
@@ -65,31 +92,6 @@ QUARTET_INFO_T ERI_STORE_T::quartet(const SHELL_PAIRS_T& data, const STORE_SEGME
   return info;
 }
 
-void ERI_STORE_T::fill_segment(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, const STORE_SEGMENT_T& segment,
-                               const kernels::BOYS_SERVICE_T& boys, QUARTET_WORK_T& work, std::vector<double>& block) {
-  const PAIR_LIST_T &bras = list_of(data, segment.bra.list), &kets = list_of(data, segment.ket_list);
-  const SHELL_PAIR_T& bra = bras.pairs[static_cast<std::size_t>(segment.bra.index)];
-  double* out = values_.data() + segment.offset;
-  if (!in_lanes(data, segment)) {
-    for (int k = 0; k < segment.kets; ++k) {
-      scalar_block(data, bra, kets.pairs[static_cast<std::size_t>(k)], block);
-      out = std::copy(block.begin(), block.end(), out);
-    }
-    return;
-  }
-  const int ket_class = kernels::pair_class(kets.la, kets.lb);
-  const auto front = kernels.table->front[kernels::pair_class(bras.la, bras.lb)][ket_class];
-  for (int k = 0; k < segment.kets; k += lanes_) {
-    const SHELL_PAIR_T* pairs[kernels::MAX_LANES];
-    const int count = std::min(lanes_, segment.kets - k);
-    for (int lane = 0; lane < count; ++lane) pairs[lane] = &kets.pairs[static_cast<std::size_t>(k + lane)];
-    const kernels::BATCH_T batch = make_batch(bra, pairs, count, primitive_cutoff_);
-    front(batch, boys, work.scratch.data(), work.rows.data());
-    kernels.table->store_rows[ket_class](batch, bras.block_size(), work.rows.data(), out);
-    out += bras.block_size() * kets.block_size() * lanes_;
-  }
-}
-
 void ERI_STORE_T::fill(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels) {
   try {
     values_ = ALIGNED_DOUBLES(std::max<std::size_t>(doubles_, 8));
@@ -100,9 +102,9 @@ void ERI_STORE_T::fill(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels
 #pragma omp parallel
   {
     QUARTET_WORK_T work(data.max_l, data.max_primitives, lanes_);
-    std::vector<double> block;
 #pragma omp for schedule(dynamic, 8)
-    for (const STORE_SEGMENT_T& segment : segments_) fill_segment(data, kernels, segment, boys, work, block);
+    for (const STORE_SEGMENT_T& segment : segments_)
+      compute_segment(data, kernels, segment, primitive_cutoff_, boys, work, values_.data() + segment.offset);
   }
 }
 

@@ -27,6 +27,14 @@ struct STORE_SEGMENT_T {
   std::size_t offset = 0;
 };
 
+/// True when the kets of a segment lie interleaved, one per vector lane; otherwise they follow one another.
+bool in_lanes(const SHELL_PAIRS_T& data, const STORE_SEGMENT_T& segment);
+/// Doubles that a segment takes, unused lanes included.
+std::size_t segment_doubles(const SHELL_PAIRS_T& data, const STORE_SEGMENT_T& segment, int lanes);
+/// Computes a segment's integrals: blocks [ab][cd] with their symmetry factors. `out` is aligned to 64 bytes.
+void compute_segment(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, const STORE_SEGMENT_T& segment,
+                     double primitive_cutoff, const kernels::BOYS_SERVICE_T& boys, QUARTET_WORK_T& work, double* out);
+
 /// Size of a store before it is planned.
 struct STORE_SIZE_T {
   std::int64_t quartets = 0;
@@ -61,9 +69,6 @@ class ERI_STORE_T {
   const double* values() const { return values_.data(); }
 
  private:
-  void fill_segment(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, const STORE_SEGMENT_T& segment,
-                    const kernels::BOYS_SERVICE_T& boys, QUARTET_WORK_T& work, std::vector<double>& block);
-
   std::vector<STORE_SEGMENT_T> segments_;  ///< in the order of the array, the segments of a bra together
   std::int64_t quartets_ = 0;
   std::int64_t integrals_ = 0;

@@ -130,7 +130,9 @@ class DIRECT_BUILD {
 
 }  // namespace
 
-KERNEL_CHOICE_T choose_kernels(kernels::ISA isa) { return {&(*ZX_PICK(isa, quartet_kernels))(), kernels::lane_count(isa)}; }
+KERNEL_CHOICE_T choose_kernels(kernels::ISA isa) {
+  return {&(*ZX_PICK(isa, quartet_kernels))(), &(*ZX_PICK(isa, spread_kernels))(), kernels::lane_count(isa)};
+}
 
 std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels,
                                     const std::vector<const MATRIX*>& densities, double threshold) {

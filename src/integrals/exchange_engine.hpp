@@ -3,6 +3,7 @@
 #include <span>
 #include <vector>
 
+#include "integrals/kernels/spread_kernels.hpp"
 #include "integrals/quartet_walk.hpp"
 
 namespace zentrix::INTEGRALS_2E {
@@ -10,6 +11,7 @@ namespace zentrix::INTEGRALS_2E {
 /// Kernels of the instruction set in use.
 struct KERNEL_CHOICE_T {
   const kernels::QUARTET_KERNELS_T* table = nullptr;
+  const kernels::SPREAD_KERNELS_T* spread = nullptr;
   int lanes = 0;
 };
 KERNEL_CHOICE_T choose_kernels(kernels::ISA isa);

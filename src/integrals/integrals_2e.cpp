@@ -4,6 +4,7 @@
 
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/eri_store.hpp"
+#include "integrals/integral_panels.hpp"
 #include "molecule/cartesian.hpp"
 
 namespace zentrix::INTEGRALS_2E {
@@ -85,6 +86,11 @@ JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MAT
   for (MATRIX& matrix : result.j) matrix = to_functions(engine.functions, matrix);
   for (MATRIX& matrix : result.k) matrix = to_functions(engine.functions, matrix);
   return result;
+}
+
+ERI_PANELS JK_BUILDER::integral_panels() const {
+  const IMPLEMENTATION& engine = *implementation_;
+  return {engine.functions, engine.pairs, engine.kernels, engine.store.get(), STORE_THRESHOLD};
 }
 
 const MATRIX& JK_BUILDER::schwarz() const { return implementation_->pairs.schwarz; }

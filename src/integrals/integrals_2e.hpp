@@ -42,6 +42,8 @@ struct JK_RESULT_T {
   std::vector<MATRIX> k;
 };
 
+class ERI_PANELS;  // integrals/integral_panels.hpp
+
 /// Two-electron engine of one geometry: shell-pair data and Schwarz bounds, made once in the constructor; direct builds at
 /// any time; the integral store after `fill_store`. Holds its own copies of what it needs of the molecule.
 class JK_BUILDER {
@@ -70,6 +72,10 @@ class JK_BUILDER {
 
   /// Schwarz bound of every shell pair, Q_ij = sqrt(max (ij|ij)) over normalised functions; symmetric nshell x nshell.
   [[nodiscard]] const MATRIX& schwarz() const;
+
+  /// The integrals themselves, for transformations: read from the store when it is filled, computed otherwise. Refers to
+  /// this object.
+  [[nodiscard]] ERI_PANELS integral_panels() const;
 
  private:
   struct IMPLEMENTATION;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include "integrals/shell_pairs.hpp"
 
@@ -37,6 +38,7 @@ std::size_t row_doubles(int l, int lanes);
 struct QUARTET_WORK_T {
   ALIGNED_DOUBLES scratch;
   ALIGNED_DOUBLES rows;
+  std::vector<double> block;  ///< of the scalar kernel
   QUARTET_WORK_T(int l, int max_primitives, int lanes)
       : scratch(scratch_doubles(l, max_primitives, lanes)), rows(row_doubles(l, lanes)) {}
 };

@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "correlation/half_transformation.hpp"
+#include "correlation/mp2.hpp"
+#include "report/stop.hpp"
+#include "scf/guess.hpp"
+#include "scf/scf_observer.hpp"
+#include "support/molecules.hpp"
+
+namespace {
+
+using namespace zentrix;
+using CORRELATION::MP2_RESULT_T;
+
+/// A converged Hartree-Fock state with what it was computed from.
+struct REFERENCE_T {
+  SCF::GEOMETRY_DATA_T geometry;
+  SCF::SCF_RESULT_T scf;
+};
+
+/// `memory_limit_mb` 0: no integrals are stored.
+REFERENCE_T hartree_fock(const MOLECULE_T& molecule, int memory_limit_mb = 4096) {
+  REFERENCE_T reference{{molecule, INTEGRALS_1E::one_electron_matrices(molecule)}, {}};
+  SCF::GUESS_OBSERVER_T quiet;
+  const SCF::SCF_START_T start =
+      SCF::initial_guess(molecule, reference.geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, quiet);
+  SCF::SCF_SETTINGS_T settings;
+  settings.energy_tolerance = 1e-10;
+  settings.density_tolerance = 1e-8;
+  settings.gradient_tolerance = 1e-8;
+  settings.eri_memory_limit_mb = memory_limit_mb;
+  SCF::SCF_OBSERVER_T silent;
+  reference.scf = SCF::run_scf(reference.geometry, SCF::hartree_fock_terms(reference.geometry), settings, start, silent);
+  EXPECT_TRUE(reference.scf.converged);
+  return reference;
+}
+
+MP2_RESULT_T mp2(const REFERENCE_T& reference, int frozen, int memory_limit_mb = 4096) {
+  CORRELATION::MP2_OBSERVER_T silent;
+  return CORRELATION::mp2_energy(reference.geometry, reference.scf, {frozen, memory_limit_mb}, silent);
+}
+
+MP2_RESULT_T mp2_of(const std::string& geometry, const std::string& basis, int frozen,
+                    TESTS::SAMPLE_OPTIONS_T options = {}) {
+  return mp2(hartree_fock(TESTS::sample_molecule(geometry, basis, options)), frozen);
+}
+
+const std::string hydroxyl = "O 0 0 0\nH 0 0 0.9697\n";
+
+// tests/reference/make_mp2_references.py: closed and open shells, frozen and full cores, s to g functions of either kind.
+TEST(MP2, AgreesWithAnIndependentProgram) {
+  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/mp2.json");
+  const nlohmann::json cases = nlohmann::json::parse(file);
+  ASSERT_GT(cases.size(), 30U);
+  int spins = 0;
+  for (const auto& entry : cases) {
+    SCOPED_TRACE(entry["molecule"].get<std::string>() + " " + entry["basis"].get<std::string>());
+    const TESTS::SAMPLE_OPTIONS_T options{entry["charge"], entry["multiplicity"], entry["spherical"]};
+    const REFERENCE_T reference =
+        hartree_fock(TESTS::sample_molecule(TESTS::geometry_of(entry["atoms"]), entry["basis"], options));
+    EXPECT_NEAR(reference.scf.energy.total(), entry["scf"].get<double>(), 1e-8);
+    const MP2_RESULT_T result = mp2(reference, entry["frozen"]);
+    EXPECT_EQ(result.unrestricted, options.multiplicity > 1);
+    EXPECT_NEAR(result.energy(), entry["correlation"].get<double>(), 1e-7);
+    EXPECT_NEAR(result.same_spin[0] + result.same_spin[1], entry["same_spin"].get<double>(), 1e-7);
+    EXPECT_NEAR(result.opposite_spin, entry["opposite_spin"].get<double>(), 1e-7);
+    if (!entry.contains("s_squared")) continue;
+    EXPECT_NEAR(result.s_squared, entry["s_squared"].get<double>(), 1e-6);
+    ++spins;
+  }
+  EXPECT_GE(spins, 3);
+}
+
+TEST(MP2, UnrestrictedClosedShellsGiveTheRestrictedEnergy) {
+  MOLECULE_T molecule = TESTS::sample_molecule(TESTS::water, "6-31G*");
+  const MP2_RESULT_T restricted = mp2(hartree_fock(molecule), 1);
+  molecule.unrestricted = true;
+  const MP2_RESULT_T unrestricted = mp2(hartree_fock(molecule), 1);
+  ASSERT_TRUE(unrestricted.unrestricted);
+  EXPECT_NEAR(unrestricted.opposite_spin, restricted.opposite_spin, 1e-9);
+  EXPECT_NEAR(unrestricted.same_spin[0], unrestricted.same_spin[1], 1e-9);
+  EXPECT_NEAR(unrestricted.energy(), restricted.energy(), 1e-9);
+  EXPECT_NEAR(unrestricted.s_squared, 0.0, 1e-8);
+}
+
+// Integrals from the store or computed for every batch, orbitals all at once, two or three at a time or one by one, any
+// number of threads: the same sums.
+TEST(MP2, NeitherMemoryNorThreadsChangeTheEnergy) {
+  for (const int multiplicity : {1, 2}) {
+    const MOLECULE_T molecule = multiplicity == 1 ? TESTS::sample_molecule(TESTS::ammonia, "cc-pVDZ", {0, 1, true})
+                                                  : TESTS::sample_molecule(hydroxyl, "cc-pVTZ", {0, 2, false});
+    const REFERENCE_T stored = hartree_fock(molecule), direct = hartree_fock(molecule, 0);
+    ASSERT_TRUE(stored.geometry.jk.has_store());
+    ASSERT_FALSE(direct.geometry.jk.has_store());
+    const MP2_RESULT_T whole = mp2(stored, 0);
+    EXPECT_NEAR(mp2(direct, 0).energy(), whole.energy(), 1e-10);
+    for (const int limit_mb : {0, 1}) {
+      EXPECT_NEAR(mp2(stored, 0, limit_mb).energy(), whole.energy(), 1e-12);
+      EXPECT_NEAR(mp2(direct, 0, limit_mb).energy(), whole.energy(), 1e-10);
+      EXPECT_NEAR(mp2(direct, 0, limit_mb).s_squared, whole.s_squared, 1e-9);
+    }
+    const int threads = omp_get_max_threads();
+    for (const int count : {1, 3}) {
+      omp_set_num_threads(count);
+      EXPECT_NEAR(mp2(stored, 0).energy(), whole.energy(), 1e-12);
+      EXPECT_NEAR(mp2(direct, 0, 1).energy(), mp2(direct, 0).energy(), 1e-12);
+    }
+    omp_set_num_threads(threads);
+  }
+}
+
+TEST(MP2, BatchesCoverAllOrbitalsWithinTheirBudget) {
+  for (const std::int64_t budget : {std::int64_t{0}, std::int64_t{300000}, std::int64_t{1} << 40}) {
+    int next = 0;
+    for (const CORRELATION::OCCUPIED_BATCH_T& batch : CORRELATION::occupied_batches(21, 30, budget)) {
+      EXPECT_EQ(batch.first, next);
+      next = batch.end();
+      EXPECT_TRUE(batch.count == 1 || CORRELATION::half_transformed_bytes(batch, 30) <= budget);
+    }
+    EXPECT_EQ(next, 21);
+  }
+  EXPECT_EQ(CORRELATION::occupied_batches(21, 30, std::int64_t{1} << 40).size(), 1U);
+}
+
+TEST(MP2, DistantFragmentsAddUp) {
+  const double hydrogen = mp2_of("H 0 0 0\nH 0 0 0.7414\n", "cc-pVDZ", 0).energy();
+  const double fluoride = mp2_of(TESTS::hydrogen_fluoride, "cc-pVDZ", 1).energy();
+  const double both = mp2_of(TESTS::hydrogen_fluoride + "H 80 0 0\nH 80 0 0.7414\n", "cc-pVDZ", 1).energy();
+  EXPECT_NEAR(both, hydrogen + fluoride, 1e-9);
+  const double nitrogen = mp2_of("N 0 0 0\n", "6-31G*", 1, {0, 4, false}).energy();
+  const double neon = mp2_of("Ne 0 0 0\n", "6-31G*", 1).energy();
+  EXPECT_NEAR(mp2_of("N 0 0 0\nNe 0 90 0\n", "6-31G*", 2, {0, 4, false}).energy(), nitrogen + neon, 1e-9);
+}
+
+TEST(MP2, ChannelsWithoutPairsAreEmpty) {
+  const MP2_RESULT_T hydrogen = mp2_of("H 0 0 0\nH 0 0 0.7414\n", "cc-pVDZ", 0);
+  EXPECT_LT(hydrogen.energy(), -0.02);
+  EXPECT_EQ(hydrogen.same_spin[0], 0.0);
+  // One correlated beta orbital, two of alpha: a beta-beta pair would need two.
+  const MP2_RESULT_T lithium = mp2_of("Li 0 0 0\n", "cc-pVDZ", 0, {0, 2, true});
+  EXPECT_LT(lithium.same_spin[0], 0.0);
+  EXPECT_EQ(lithium.same_spin[1], 0.0);
+  EXPECT_LT(lithium.opposite_spin, 0.0);
+  // All five functions of a minimal basis are occupied by alpha electrons of nitrogen, and beta has three left.
+  const MP2_RESULT_T nitrogen = mp2_of("N 0 0 0\n", "STO-3G", 0, {0, 4, false});
+  EXPECT_EQ(nitrogen.same_spin[0], 0.0);
+  EXPECT_EQ(nitrogen.opposite_spin, 0.0);
+}
+
+TEST(MP2, StopsWhenThereIsNothingToCorrelate) {
+  const auto message = [](const std::string& geometry, const std::string& basis, int frozen, int multiplicity) {
+    try {
+      mp2_of(geometry, basis, frozen, {0, multiplicity, false});
+    } catch (const run_stopped& stop) {
+      return std::string(stop.what());
+    }
+    return std::string("no stop");
+  };
+  EXPECT_EQ(message("He 0 0 0\n", "STO-3G", 0, 1), "   *** MP2 ERROR: no virtual orbitals");
+  EXPECT_EQ(message("H 0 0 0\n", "STO-3G", 0, 2), "no stop");
+  EXPECT_EQ(message("Ne 0 0 0\n", "6-31G*", 5, 1), "   *** MP2 ERROR: no correlated occupied orbitals");
+  EXPECT_EQ(message("Ne 0 0 0\n", "6-31G*", 7, 1), "   *** MP2 ERROR: no correlated occupied orbitals");
+  EXPECT_EQ(message("Li 0 0 0\n", "6-31G*", 2, 2), "   *** UMP2 ERROR: invalid correlated occupation");
+  EXPECT_EQ(message("Li 0 0 0\n", "6-31G*", 1, 2), "no stop");
+}
+
+}  // namespace
