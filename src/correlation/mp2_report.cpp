@@ -2,6 +2,8 @@
 
 #include <fmt/ostream.h>
 
+#include "report/layout.hpp"
+
 namespace zentrix::CORRELATION {
 namespace {
 
@@ -96,7 +98,7 @@ void print_energies(const MP2_RESULT_T& result, double scf_energy, std::ostream&
     fmt::print(report, "   UMP2 correlation:   {:20.10f}\n", result.energy());
     fmt::print(report, "   UHF energy:         {:20.10f}\n", scf_energy);
     fmt::print(report, "   UMP2 total energy:  {:20.10f}\n", scf_energy + result.energy());
-    fmt::print(report, "   <S^2> (UMP2):       {:20.10f}\n", result.s_squared);
+    fmt::print(report, "   <S^2> (UMP2):       {:20.10f}\n", without_minus_zero(result.s_squared, 10));
     return;
   }
   fmt::print(report, "   MP2 opposite-spin:  {:20.10f}\n", result.opposite_spin);

@@ -16,8 +16,8 @@ const std::vector<JOB_ROW_T>& job_table() {
       {JOB::freq, {}},
       {JOB::opt_freq, {}},
       {JOB::bsse, {}},
-      {JOB::scan, {}},
-      {JOB::scanopt, {}},
+      {JOB::scan, {section_rigid_scan}},
+      {JOB::scanopt, {section_relaxed_scan}},
       {JOB::ts, {}},
       {JOB::ts_freq, {}},
   };

@@ -19,6 +19,9 @@ namespace zentrix {
 [[nodiscard]] int section_gradient(RUN_T& run, std::ostream& report);
 /// 5: geometry optimisation; leaves the molecule at the last geometry, with the SCF there.
 [[nodiscard]] int section_optimization(RUN_T& run, std::ostream& report);
+/// The composite jobs scan and scanopt: all points of the grid and their tables.
+[[nodiscard]] int section_rigid_scan(RUN_T& run, std::ostream& report);
+[[nodiscard]] int section_relaxed_scan(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
 

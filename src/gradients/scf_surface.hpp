@@ -26,6 +26,10 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
   /// State and geometry of the last evaluation; null before the first one.
   const SCF::SCF_RESULT_T& last_scf() const { return scf_; }
   const SCF::GEOMETRY_DATA_T& last_geometry() const { return *geometry_; }
+  /// Densities of the last converged evaluation (one per spin channel; none before it), and their replacement: where the next
+  /// evaluation starts from.
+  const SCF::SPIN_MATRICES_T& converged_densities() const { return previous_densities_; }
+  void start_from(const SCF::SPIN_MATRICES_T& densities) { previous_densities_ = densities; }
   std::unique_ptr<SCF::GEOMETRY_DATA_T> take_geometry() { return std::move(geometry_); }
 
  protected:

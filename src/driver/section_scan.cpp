@@ -1,0 +1,61 @@
+#include <fmt/ostream.h>
+
+#include "composite/scan_report.hpp"
+#include "driver/interrupts.hpp"
+#include "driver/method_surface.hpp"
+#include "driver/sections.hpp"
+#include "geometry/optimizer_report.hpp"
+#include "molecule/molecule.hpp"
+#include "report/side_files.hpp"
+#include "report/timing.hpp"
+
+namespace zentrix {
+namespace {
+
+void write_side_file(const RUN_T& run, const COMPOSITE::SCAN_RESULT_T& result, std::ostream& report) {
+  const std::string name = unique_output_name(output_base_name(run.input_file), "scan", report);
+  if (COMPOSITE::write_scan_file(name, run.input.scan, result)) {
+    fmt::print(report, "   Scan points written to: {}\n", name);
+  } else {
+    fmt::print(report, "   *** WARNING: cannot write the scan points to {}\n", name);
+  }
+}
+
+/// Tables, side file and statuses; the completed points of a scan that ended early stand in the report already.
+int finish(RUN_T& run, const COMPOSITE::SCAN_RESULT_T& result, bool relaxed, std::ostream& report) {
+  if (result.status != COMPOSITE::SCAN_STATUS::done) {
+    COMPOSITE::print_scan_failure(result, relaxed, report);
+    return 1;
+  }
+  COMPOSITE::print_scan_summary(run.input.scan, result, relaxed, report);
+  write_side_file(run, result, report);
+  for (const COMPOSITE::SCAN_POINT_T& point : result.points)
+    if (!point.converged) run.converged = false;
+  return 0;
+}
+
+}  // namespace
+
+int section_rigid_scan(RUN_T& run, std::ostream& report) {
+  set_run_phase("the rigid scan");
+  COMPOSITE::print_scan_header(run.input.scan, false, report);
+  COMPOSITE::SCAN_PRINTER_T printer(run.input.scan, false, report);
+  const auto surface = method_surface(run, &report);
+  return finish(run, COMPOSITE::rigid_scan(run.input, *surface, printer, report), false, report);
+}
+
+int section_relaxed_scan(RUN_T& run, std::ostream& report) {
+  set_run_phase("the relaxed scan");
+  COMPOSITE::print_scan_header(run.input.scan, true, report);
+  COMPOSITE::SCAN_PRINTER_T printer(run.input.scan, true, report);
+  OPTIMIZER::OPTIMIZER_PRINTER_T optimizer_printer(run.molecule, {run.input.zmatrix, run.input.print_grad}, report);
+  const auto make_surface = [&](const GRADIENTS::CARTESIAN_T& positions) {
+    run.molecule = GRADIENTS::moved(run.molecule, positions);
+    print_molecule_summary(run.molecule, report);
+    return method_surface(run, &report);
+  };
+  const STAGE_TIMER timer(STAGE::optimizer);
+  return finish(run, COMPOSITE::relaxed_scan(run.input, make_surface, optimizer_printer, printer, report), true, report);
+}
+
+}  // namespace zentrix
