@@ -6,7 +6,7 @@ usage: compare_mp2.py [--program build/zentrix] [--threads 2] [--repeat 3] [CASE
 Same geometry, basis files, threads, frozen core. Stored: both keep all integrals of the SCF in memory and transform them. Direct: neither
 has them; this program computes them as it goes, the peer writes them to disk (its outcore transformation). The time of this program is the
 stage "MP2 correlation" of its timing profile, the peer's that of mp.MP2(mf).kernel(). Both sides run alternately, each in a process
-of its own; given are medians. Peak memory is that of the whole process, SCF included.
+of its own; given are medians, of the processor time of all threads too, which a busy machine disturbs less. Peak memory is that of the whole process, SCF included.
 """
 import argparse
 import json
@@ -50,7 +50,8 @@ def ours(program, name):
                    f"%eri_memory_limit_mb {limit}\n%print_time\n%geo\n" + geometry.replace(";", "\n") + "\n*end\n")
         file.flush()
         report, peak = run([program, file.name])
-    return {"time": float(re.search(r"MP2 correlation +1 +([\d.]+)", report)[1]), "peak": peak,
+    stage = re.search(r"MP2 correlation +1 +([\d.]+) +([\d.]+)", report)
+    return {"time": float(stage[1]), "cpu": float(stage[2]), "peak": peak,
             "energy": float(re.search(r"MP2 correlation: +(\S+)", report)[1])}
 
 
@@ -71,9 +72,9 @@ def peer_child(name):
     mf.kernel()
     post = mp.MP2(mf, frozen=frozen)
     post.max_memory = limit
-    begin = time.monotonic()
+    begin, begin_cpu = time.monotonic(), time.process_time()
     post.kernel()
-    print(json.dumps({"time": time.monotonic() - begin, "energy": float(post.e_corr), "incore": mf._eri is not None}))
+    print(json.dumps({"time": time.monotonic() - begin, "cpu": time.process_time() - begin_cpu, "energy": float(post.e_corr), "incore": mf._eri is not None}))
 
 
 def main():
@@ -88,13 +89,15 @@ def main():
         peer_child(options.peer)
         return
     os.environ["OMP_NUM_THREADS"] = str(options.threads)
-    print(f"{'case':26s} {'ours s':>8s} {'peer s':>8s} {'ratio':>6s} {'ours MB':>8s} {'peer MB':>8s}   difference of the energies")
+    print(f"{'case':26s} {'ours s':>8s} {'peer s':>8s} {'ratio':>6s} {'cpu s':>8s} {'peer':>8s} {'ratio':>6s} {'ours MB':>8s} {'peer MB':>8s}"
+          "   difference of the energies")
     for name in options.cases or CASES:
         pairs = [(ours(options.program, name), peer(name)) for _ in range(options.repeat)]
         median = [statistics.median(p[side]["time"] for p in pairs) for side in (0, 1)]
+        cpu = [statistics.median(p[side]["cpu"] for p in pairs) for side in (0, 1)]
         peak = [statistics.median(p[side]["peak"] for p in pairs) for side in (0, 1)]
         kept = "integrals of the SCF" if pairs[0][1]["incore"] else "none stored"
-        print(f"{name:26s} {median[0]:8.2f} {median[1]:8.2f} {median[1] / median[0]:6.2f} {peak[0]:8.0f} {peak[1]:8.0f}   "
+        print(f"{name:26s} {median[0]:8.2f} {median[1]:8.2f} {median[1] / median[0]:6.2f} {cpu[0]:8.2f} {cpu[1]:8.2f} {cpu[1] / cpu[0]:6.2f} {peak[0]:8.0f} {peak[1]:8.0f}   "
               f"{pairs[0][0]['energy'] - pairs[0][1]['energy']:.1e}  (peer: {kept})", flush=True)
 
 

@@ -3,7 +3,9 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
+#include <utility>
 
 #include "report/stop.hpp"
 
@@ -21,16 +23,11 @@ using RECTANGLE = Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::
 
 /// Bytes of quarter-transformed integrals that are kept until they are worth a matrix product of the second quarter.
 constexpr std::int64_t tile_bytes = 64 << 20;
-/// Components of a tile beyond which the second quarter gains nothing.
+/// Components of a tile beyond which the second quarter gains nothing, and below which it loses much.
 constexpr int widest_tile = 48;
+constexpr int narrowest_tile = 8;
 
-/// Whole shells of at most `width` components (or one shell).
-struct RANGE_T {
-  int first = 0;
-  int end = 0;
-  int size() const { return end - first; }
-};
-
+/// Ranges of whole shells of at most `width` components (or one shell).
 std::vector<RANGE_T> component_ranges(const std::vector<int>& starts, int width) {
   std::vector<RANGE_T> ranges;
   for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
@@ -60,17 +57,6 @@ void clear(double* values, std::size_t n) {
   for (std::size_t at = 0; at < n; at += piece) std::fill_n(values + at, std::min(piece, n - at), 0.0);
 }
 
-/// Quarter-transformed integrals T_(ab),jd = sum_c C_cj L_(ab),(cd) of a tile of bras, a in one range of components and b in
-/// another, for one range of occupied orbitals j: [a][b][d][j].
-struct TILE_T {
-  RANGE_T a, b;
-  Eigen::Index orbitals = 0, components = 0;
-  double* values = nullptr;
-  double* of(int at_a, int at_b) const {
-    return values + (static_cast<Eigen::Index>(at_a - a.first) * b.size() + (at_b - b.first)) * orbitals * components;
-  }
-};
-
 /// First quarter: one panel into the rectangles T_(ab). `coefficients`: C^t, orbitals x components.
 void transform_ket(const ERI_PANEL_T& panel, const PANEL_BRA_T& bra, const MATRIX& coefficients, const TILE_T& tile) {
   if (tile.orbitals == 0) return;
@@ -85,6 +71,55 @@ void transform_ket(const ERI_PANEL_T& panel, const PANEL_BRA_T& bra, const MATRI
           coefficients.middleCols(panel.first_d, panel.n_d) * integrals.transpose();
   }
 }
+
+/// Tile after tile of quarter-transformed integrals, for two ranges of occupied orbitals.
+class FIRST_QUARTER_T {
+ public:
+  /// `coefficients`: C^t of either range.
+  FIRST_QUARTER_T(const ERI_PANELS& panels, std::array<MATRIX, 2> coefficients)
+      : panels_(panels), coefficients_(std::move(coefficients)) {
+    const Eigen::Index n = panels.n_components(), orbitals = coefficients_[0].rows() + coefficients_[1].rows();
+    int width = widest_tile;
+    while (width > narrowest_tile && 8 * width * width * n * orbitals > tile_bytes) width -= 4;
+    ranges_ = component_ranges(panels.shell_starts(), width);
+    bras_.resize(ranges_.size() * ranges_.size());
+    for (const PANEL_BRA_T& bra : panels.bras())
+      bras_[range_of(ranges_, bra.first_a) * ranges_.size() + range_of(ranges_, bra.first_b)].push_back(bra);
+    Eigen::Index widest = 0;
+    for (const RANGE_T& range : ranges_) widest = std::max<Eigen::Index>(widest, range.size());
+    for (std::size_t k = 0; k < 2; ++k)
+      buffers_[k] = reserve(static_cast<std::size_t>(widest * widest * n * coefficients_[k].rows()));
+    for (int thread = 0; thread < omp_get_max_threads(); ++thread) work_.emplace_back(panels);
+  }
+
+  std::size_t n_tiles() const { return bras_.size(); }
+  /// False when the tile has no integrals.
+  bool run(std::size_t number) {
+    const std::vector<PANEL_BRA_T>& own = bras_[number];
+    if (own.empty()) return false;
+    for (std::size_t k = 0; k < 2; ++k) {
+      tiles_[k] = {ranges_[number / ranges_.size()], ranges_[number % ranges_.size()], coefficients_[k].rows(),
+                   panels_.n_components(), buffers_[k].data()};
+      clear(tiles_[k].values, tiles_[k].doubles());
+    }
+#pragma omp parallel for schedule(dynamic, 1)
+    for (const PANEL_BRA_T& bra : own)
+      panels_.bra(bra, work_[static_cast<std::size_t>(omp_get_thread_num())], [&](const ERI_PANEL_T& panel) {
+        for (std::size_t k = 0; k < 2; ++k) transform_ket(panel, bra, coefficients_[k], tiles_[k]);
+      });
+    return true;
+  }
+  const TILE_T& result(int range) const { return tiles_[static_cast<std::size_t>(range)]; }
+
+ private:
+  const ERI_PANELS& panels_;
+  std::array<MATRIX, 2> coefficients_;
+  std::vector<RANGE_T> ranges_;
+  std::vector<std::vector<PANEL_BRA_T>> bras_;  ///< of tile (range of a, range of b)
+  std::array<ALIGNED_DOUBLES, 2> buffers_;
+  std::array<TILE_T, 2> tiles_;
+  std::vector<ERI_PANELS::WORK_T> work_;
+};
 
 }  // namespace
 
@@ -126,62 +161,31 @@ HALF_TRANSFORMED_T::HALF_TRANSFORMED_T(const ERI_PANELS& panels, const MATRIX& o
     parts_.push_back(make_part(batch, before, 1));
     parts_.push_back(make_part(before, batch, 0));
   }
-  // Tile [0]: ket orbitals of the batch; [1]: those before it.
-  const OCCUPIED_BATCH_T ket_ranges[2] = {batch, before};
-  MATRIX transposed[2];
-  for (int k = 0; k < 2; ++k) transposed[k] = occupied.middleCols(ket_ranges[k].first, ket_ranges[k].count).transpose();
-  const std::int64_t bra_pair_bytes = 8 * static_cast<std::int64_t>(n_) * std::max(batch.end(), 1);
-  int width = widest_tile;
-  while (width > 8 && width * width * bra_pair_bytes > tile_bytes) width -= 4;
-  const std::vector<RANGE_T> ranges = component_ranges(panels.shell_starts(), width);
-  std::vector<std::vector<PANEL_BRA_T>> bras(ranges.size() * ranges.size());
-  for (const PANEL_BRA_T& bra : panels.bras())
-    bras[range_of(ranges, bra.first_a) * ranges.size() + range_of(ranges, bra.first_b)].push_back(bra);
-
-  int widest = 0;
-  for (const RANGE_T& range : ranges) widest = std::max(widest, range.size());
-  ALIGNED_DOUBLES buffers[2];
-  for (int k = 0; k < 2; ++k)
-    buffers[k] = reserve(static_cast<std::size_t>(widest) * static_cast<std::size_t>(widest) * static_cast<std::size_t>(n_) *
-                         static_cast<std::size_t>(ket_ranges[k].count));
-  std::vector<ERI_PANELS::WORK_T> work;
-  for (int thread = 0; thread < omp_get_max_threads(); ++thread) work.emplace_back(panels);
-
-  for (std::size_t tile_number = 0; tile_number < bras.size(); ++tile_number) {
-    const std::vector<PANEL_BRA_T>& own = bras[tile_number];
-    if (own.empty()) continue;
-    TILE_T tiles[2];
-    for (int k = 0; k < 2; ++k) {
-      tiles[k] = {ranges[tile_number / ranges.size()], ranges[tile_number % ranges.size()], ket_ranges[k].count, n_,
-                  buffers[k].data()};
-      clear(tiles[k].values, static_cast<std::size_t>(tiles[k].a.size() * tiles[k].b.size() * tiles[k].orbitals * n_));
-    }
-#pragma omp parallel for schedule(dynamic, 1)
-    for (const PANEL_BRA_T& bra : own)
-      panels.bra(bra, work[static_cast<std::size_t>(omp_get_thread_num())], [&](const ERI_PANEL_T& panel) {
-        for (int k = 0; k < 2; ++k) transform_ket(panel, bra, transposed[k], tiles[k]);
-      });
-
-    // Second quarter, from either side of the bra: every component of a range has its own part of H.
-    for (PART_T& part : parts_) {
-      const TILE_T& tile = tiles[part.tile];
-      const Eigen::Index rows = tile.orbitals * n_;
-      const auto orbitals = occupied.middleCols(part.bra.first, part.bra.count);
-#pragma omp parallel for schedule(dynamic, 1)
-      for (int a = tile.a.first; a < tile.a.end; ++a) {
-        COLUMNS target(part.of(a, 0), rows, part.bra.count, STRIDED(rows));
-        target.noalias() += CONST_COLUMNS(tile.of(a, tile.b.first), rows, tile.b.size(), STRIDED(rows)) *
-                            orbitals.middleRows(tile.b.first, tile.b.size());
-      }
-#pragma omp parallel for schedule(dynamic, 1)
-      for (int b = tile.b.first; b < tile.b.end; ++b) {
-        COLUMNS target(part.of(b, 0), rows, part.bra.count, STRIDED(rows));
-        target.noalias() += CONST_COLUMNS(tile.of(tile.a.first, b), rows, tile.a.size(), STRIDED(rows * tile.b.size())) *
-                            orbitals.middleRows(tile.a.first, tile.a.size());
-      }
-    }
+  FIRST_QUARTER_T first(panels, {occupied.middleCols(batch.first, batch.count).transpose(),
+                                 occupied.middleCols(before.first, before.count).transpose()});
+  for (std::size_t tile = 0; tile < first.n_tiles(); ++tile) {
+    if (!first.run(tile)) continue;
+    for (PART_T& part : parts_) add_tile(first.result(part.tile), occupied, part);
   }
   for (PART_T& part : parts_) order_for_pairs(part);
+}
+
+/// Second quarter, from either side of the bras of a tile: every component of a range has its own part of H.
+void HALF_TRANSFORMED_T::add_tile(const TILE_T& tile, const MATRIX& occupied, PART_T& part) const {
+  const Eigen::Index rows = tile.orbitals * n_;
+  const auto orbitals = occupied.middleCols(part.bra.first, part.bra.count);
+#pragma omp parallel for schedule(dynamic, 1)
+  for (int a = tile.a.first; a < tile.a.end; ++a) {
+    COLUMNS target(part.of(a, 0), rows, part.bra.count, STRIDED(rows));
+    target.noalias() += CONST_COLUMNS(tile.of(a, tile.b.first), rows, tile.b.size(), STRIDED(rows)) *
+                        orbitals.middleRows(tile.b.first, tile.b.size());
+  }
+#pragma omp parallel for schedule(dynamic, 1)
+  for (int b = tile.b.first; b < tile.b.end; ++b) {
+    COLUMNS target(part.of(b, 0), rows, part.bra.count, STRIDED(rows));
+    target.noalias() += CONST_COLUMNS(tile.of(tile.a.first, b), rows, tile.a.size(), STRIDED(rows * tile.b.size())) *
+                        orbitals.middleRows(tile.a.first, tile.a.size());
+  }
 }
 
 /// [q][j] -> [j][q] for every p and i, so that a pair's matrix is made of contiguous rows.

@@ -18,6 +18,25 @@ std::vector<OCCUPIED_BATCH_T> occupied_batches(int n_occupied, int n_components,
 /// Bytes of a batch's half-transformed set.
 std::int64_t half_transformed_bytes(const OCCUPIED_BATCH_T& batch, int n_components);
 
+/// A run of components, whole shells.
+struct RANGE_T {
+  int first = 0;
+  int end = 0;
+  int size() const { return end - first; }
+};
+
+/// Quarter-transformed integrals T_(ab),jd = sum_c C_cj L_(ab),(cd) of a tile of bras, a in one range of components and b in
+/// another, for one range of occupied orbitals j: [a][b][d][j].
+struct TILE_T {
+  RANGE_T a, b;
+  Eigen::Index orbitals = 0, components = 0;
+  double* values = nullptr;
+  double* of(int at_a, int at_b) const {
+    return values + (static_cast<Eigen::Index>(at_a - a.first) * b.size() + (at_b - b.first)) * orbitals * components;
+  }
+  std::size_t doubles() const { return static_cast<std::size_t>(a.size() * b.size() * orbitals * components); }
+};
+
 /// Exchange-type half-transformed integrals K^ij_pq = (i p|j q) = sum_ac C_ai C_cj (ap|cq) over components p, q of the
 /// panels, for the pairs (i, j), j <= i, of a batch. Both occupied indices are transformed first, because they are the short
 /// ones: n_occ^2 n^2 numbers are left (P. Pulay, S. Saebo, K. Wolinski, Chem. Phys. Lett. 344 (2001) 543), and the first
@@ -48,6 +67,7 @@ class HALF_TRANSFORMED_T {
       Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>, 0, Eigen::OuterStride<>>;
 
   PART_T make_part(const OCCUPIED_BATCH_T& bra, const OCCUPIED_BATCH_T& ket, int tile) const;
+  void add_tile(const TILE_T& tile, const MATRIX& occupied, PART_T& part) const;
   MAP_T matrix(const PART_T& part, int i, int j) const;
   void order_for_pairs(PART_T& part) const;
 
