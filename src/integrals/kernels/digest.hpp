@@ -1,6 +1,7 @@
 #pragma once
 
 #include "integrals/kernels/horizontal.hpp"
+#include "integrals/kernels/lane_runs.hpp"
 #include "integrals/kernels/quartet_kernels.hpp"
 
 // Back of a quartet class: ket transfer of row after row (ab|f], digestion with the density, or storage.
@@ -11,17 +12,6 @@
 // symmetric density; the driver completes them with their transposes.
 
 namespace zentrix::kernels::ZX_ISA {
-
-/// Vectors that n doubles of every lane's run need, rounded up to whole transposed blocks.
-constexpr int whole_blocks(int n) { return (n + LANES - 1) / LANES * LANES; }
-
-/// n consecutive doubles from each lane's address into n vectors. Reads up to LANES - 1 doubles beyond.
-ZX_INLINE void load_runs(const double* const* from, int n, vec* to) {
-  for (int at = 0; at < n; at += LANES) {
-    for (int lane = 0; lane < LANES; ++lane) to[at + lane] = load(from[lane] + at);
-    transpose(to + at);
-  }
-}
 
 /// to[0 .. n) += the first n < LANES elements of v, in accesses of 4, 2 and 1 doubles. A whole vector would be simpler, but
 /// the next lane's run often begins inside it, and reading what is still being written stalls the processor.

@@ -68,4 +68,23 @@ struct HORIZONTAL {
   }
 };
 
+/// Bra transfer of every column f: rows[ab][f] from contracted[f][e], columns `column` vectors apart.
+template <int LA, int LB>
+__attribute__((noinline)) void transfer_bra(const double* separation, int nf, int stride, const vec* contracted, int column,
+                                            vec* rows) {
+  using BRA = HORIZONTAL<LA, LB>;
+  const vec ab[3] = {broadcast(separation[0]), broadcast(separation[1]), broadcast(separation[2])};
+  for (int f = 0; f < nf; ++f, contracted += column, ++rows) {
+    const auto source = [&](int e) __attribute__((always_inline)) { return contracted[e]; };
+    vec temporary[BRA::TEMPORARIES];
+    BRA::intermediates(source, temporary, ab);
+    loop<0, BRA::NA, (BRA::NA <= 6)>([&](int a) __attribute__((always_inline)) {
+      unroll<0, BRA::NB>([&](auto index) __attribute__((always_inline)) {
+        constexpr int b = decltype(index)::value;
+        rows[(a * BRA::NB + b) * stride] = BRA::template last<b>(source, temporary, ab, a);
+      });
+    });
+  }
+}
+
 }  // namespace zentrix::kernels::ZX_ISA
