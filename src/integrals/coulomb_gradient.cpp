@@ -28,36 +28,6 @@ struct MOVING_DENSITY_T {
   std::vector<double> gradient;  ///< bounds of the Coulomb norms of their derivatives
 };
 
-/// d/dA of E_t^{ij} at fixed P: 2a ((P-A) E_t^{ij} + (t+1) E_{t+1}^{ij}) - i E_t^{i-1,j}.
-void differentiate(const HERMITE_EXPANSION_T& from, int la, int lb, double a, double pa, HERMITE_EXPANSION_T& to) {
-  for (int i = 0; i <= la; ++i)
-    for (int j = 0; j <= lb; ++j)
-      for (int t = 0; t <= i + j; ++t) {
-        double value = pa * from.e[i][j][t];
-        if (t < i + j) value += (t + 1) * from.e[i][j][t + 1];
-        value *= 2.0 * a;
-        if (i > 0 && t < i + j) value -= i * from.e[i - 1][j][t];
-        to.e[i][j][t] = value;
-      }
-}
-
-/// Coulomb norm of the derivative of a distribution with respect to its centre, largest direction.
-double slope_norm(int order, double p, const double* h) {
-  const HERMITE_NORM_T norm(order + 1, p);
-  double raised[n_hermite(HERMITE_MAX)];
-  double largest = 0.0;
-  for (int k = 0; k < 3; ++k) {
-    std::fill_n(raised, n_hermite(order + 1), 0.0);
-    const double* value = h;
-    for (int t = 0; t <= order; ++t)
-      for (int u = 0; t + u <= order; ++u)
-        for (int v = 0; t + u + v <= order; ++v)
-          raised[hermite_index(order + 1, t + (k == 0), u + (k == 1), v + (k == 2))] = *value++;
-    largest = std::max(largest, norm(raised));
-  }
-  return largest;
-}
-
 void fold_moving_pair(const HERMITE_PAIRS_T& pairs, std::size_t n, const MATRIX& density, MOVING_DENSITY_T& moving) {
   const HERMITE_PAIR_T& pair = pairs.pairs[n];
   const FAMILY_PRODUCT_T product(pairs.families[pair.a], pairs.families[pair.b]);
@@ -68,8 +38,8 @@ void fold_moving_pair(const HERMITE_PAIRS_T& pairs, std::size_t n, const MATRIX&
   HERMITE_EXPANSIONS_T slope;
   if (!one_center)
     for (std::size_t k = 0; k < 3; ++k)
-      differentiate(product.e[k], product.a.l_max, product.b.l_max, product.a.exponent, pair.center[k] - product.a.center[k],
-                    slope[k]);
+      differentiate_expansion(product.e[k], product.a.l_max, product.b.l_max, product.a.exponent,
+                              pair.center[k] - product.a.center[k], slope[k]);
   double* h = moving.hermite.data() + pair.first;
   double* shape = moving.shape.data() + 3 * pair.first;
   for (const FAMILY_RUN_T& ra : product.a.runs)
@@ -92,7 +62,7 @@ void fold_moving_pair(const HERMITE_PAIRS_T& pairs, std::size_t n, const MATRIX&
   double largest = 0.0;
   if (!one_center)
     for (int k = 0; k < 3; ++k) largest = std::max(largest, norm(shape + k * nt));
-  moving.gradient[n] = largest + slope_norm(pair.order, pair.p, h);
+  moving.gradient[n] = largest + displacement_norm(pair.order, pair.p, h);
 }
 
 MOVING_DENSITY_T fold_moving_density(const HERMITE_PAIRS_T& pairs, const MATRIX& density) {

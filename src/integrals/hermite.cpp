@@ -89,4 +89,32 @@ double HERMITE_NORM_T::operator()(const double* h) const {
   return std::sqrt(std::max(square, 0.0) + 1e-14 * scale);
 }
 
+void differentiate_expansion(const HERMITE_EXPANSION_T& from, int la, int lb, double a, double pa, HERMITE_EXPANSION_T& to) {
+  for (int i = 0; i <= la; ++i)
+    for (int j = 0; j <= lb; ++j)
+      for (int t = 0; t <= i + j; ++t) {
+        double value = pa * from.e[i][j][t];
+        if (t < i + j) value += (t + 1) * from.e[i][j][t + 1];
+        value *= 2.0 * a;
+        if (i > 0 && t < i + j) value -= i * from.e[i - 1][j][t];
+        to.e[i][j][t] = value;
+      }
+}
+
+double displacement_norm(int order, double p, const double* h) {
+  const HERMITE_NORM_T norm(order + 1, p);
+  const HERMITE_ROWS_T& rows = hermite_rows(order + 1);
+  double largest = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    double raised[n_hermite(HERMITE_MAX)];
+    std::fill_n(raised, n_hermite(order + 1), 0.0);
+    const double* value = h;
+    for (int t = 0; t <= order; ++t)
+      for (int u = 0; t + u <= order; ++u)
+        for (int v = 0; t + u + v <= order; ++v) raised[rows.row[t + (k == 0)][u + (k == 1)] + v + (k == 2)] = *value++;
+    largest = std::max(largest, norm(raised));
+  }
+  return largest;
+}
+
 }  // namespace zentrix::INTEGRALS_2E

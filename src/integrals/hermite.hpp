@@ -59,4 +59,13 @@ class HERMITE_NORM_T {
   double radial_[HERMITE_MAX + 1];         ///< (-p)^n / ((2n + 1) sqrt(2p))
 };
 
+/// d/dA of E_t^{ij} at fixed P for i <= la, j <= lb: 2a ((P-A) E_t^{ij} + (t+1) E_{t+1}^{ij}) - i E_t^{i-1,j}, with a the
+/// exponent on A and pa = P - A (Helgaker, Taylor, Theor. Chim. Acta 83 (1992) 177). The derivative with respect to B is its
+/// negative.
+void differentiate_expansion(const HERMITE_EXPANSION_T& from, int la, int lb, double a, double pa, HERMITE_EXPANSION_T& to);
+
+/// Coulomb norm (HERMITE_NORM_T) of the derivative of a distribution with respect to its centre, largest direction. Orders
+/// below HERMITE_MAX.
+double displacement_norm(int order, double p, const double* h);
+
 }  // namespace zentrix::INTEGRALS_2E
