@@ -51,7 +51,7 @@ void quartet_class(benchmark::State& state, int la, int lb, int lc, int ld, int 
   };
   const auto make_pair = [&](BENCH_PAIR_T& made, int l1, int l2) {
     const auto a = center(), b = center();
-    made.primitives = primitive_pairs(bench_shell(l1, n_primitives), a, bench_shell(l2, n_primitives), b);
+    made.primitives = primitive_pairs(bench_shell(l1, n_primitives), a, bench_shell(l2, n_primitives), b).pairs;
     made.pair.primitives = made.primitives.data();
     made.pair.n_primitives = static_cast<int>(made.primitives.size());
     for (int i = 0; i < 3; ++i) made.pair.separation[i] = a[i] - b[i];

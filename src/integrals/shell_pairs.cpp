@@ -7,6 +7,7 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <numeric>
 #include <tuple>
 
 #include "integrals/schwarz.hpp"
@@ -61,18 +62,22 @@ std::vector<CANDIDATE_T> candidate_pairs(SHELL_PAIRS_T& data) {
       CANDIDATE_T candidate;
       candidate.first_primitive = static_cast<long>(data.primitives.size());
       SHELL_PAIR_T& pair = candidate.pair;
-      pair.n_primitives = static_cast<int>(primitives.size());
+      pair.n_primitives = static_cast<int>(primitives.pairs.size());
       pair.shell_i = i;
       pair.shell_j = j;
       pair.first_i = data.first[i];
       pair.first_j = data.first[j];
       for (int k = 0; k < 3; ++k) pair.separation[k] = data.centers[i][k] - data.centers[j][k];
       pair.symmetry = i == j ? 0.5 : 1.0;
-      data.primitives.insert(data.primitives.end(), primitives.begin(), primitives.end());
+      data.primitives.insert(data.primitives.end(), primitives.pairs.begin(), primitives.pairs.end());
+      data.second.insert(data.second.end(), primitives.second.begin(), primitives.second.end());
       data.max_primitives = std::max(data.max_primitives, pair.n_primitives);
       candidates.push_back(candidate);
     }
-  for (CANDIDATE_T& candidate : candidates) candidate.pair.primitives = data.primitives.data() + candidate.first_primitive;
+  for (CANDIDATE_T& candidate : candidates) {
+    candidate.pair.primitives = data.primitives.data() + candidate.first_primitive;
+    candidate.pair.second = data.second.data() + candidate.first_primitive;
+  }
   return candidates;
 }
 
@@ -125,11 +130,12 @@ const std::vector<double>& component_norms(int l) {
   return all[static_cast<std::size_t>(l)];
 }
 
-std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
-                                              const std::array<double, 3>& center_b) {
+PRIMITIVE_PAIRS_T primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
+                                  const std::array<double, 3>& center_b) {
   const double r2 = distance_squared(center_a, center_b);
   const double constant = std::sqrt(2.0) * std::pow(std::numbers::pi, 1.25);
   std::vector<PRIMITIVE_PAIR_T> list;
+  std::vector<double> second;
   for (int m = 0; m < a.nprim; ++m)
     for (int n = 0; n < b.nprim; ++n) {
       const double x = a.alpha[m], y = b.alpha[n], p = x + y;
@@ -141,13 +147,21 @@ std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array
       }
       pair.prefactor = a.coeff[m] * b.coeff[n] * std::exp(-x * y / p * r2) * constant / p;
       list.push_back(pair);
+      second.push_back(y);
     }
-  // Not stable_sort: the library's scratch buffer knows nothing of the record's alignment.
-  std::sort(list.begin(), list.end(), [](const PRIMITIVE_PAIR_T& x, const PRIMITIVE_PAIR_T& y) {
+  std::vector<std::size_t> order(list.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(), [&](std::size_t m, std::size_t n) {
+    const PRIMITIVE_PAIR_T &x = list[m], &y = list[n];
     if (std::abs(x.prefactor) != std::abs(y.prefactor)) return std::abs(x.prefactor) > std::abs(y.prefactor);
-    return x.exponent > y.exponent;
+    return x.exponent != y.exponent ? x.exponent > y.exponent : m < n;
   });
-  return list;
+  PRIMITIVE_PAIRS_T sorted;
+  for (std::size_t n : order) {
+    sorted.pairs.push_back(list[n]);
+    sorted.second.push_back(second[n]);
+  }
+  return sorted;
 }
 
 SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTET_KERNELS_T& kernels, int lanes) {

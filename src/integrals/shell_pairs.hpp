@@ -35,6 +35,7 @@ struct SHELL_PAIRS_T {
   /// list the bra never precedes the ket.
   std::vector<PAIR_LIST_T> lists;
   std::vector<PRIMITIVE_PAIR_T> primitives;
+  std::vector<double> second;  ///< exponents of the second shells, in the order of the primitives
   std::vector<SHELL_T> shells;
   std::vector<std::array<double, 3>> centers;  ///< of the shells, bohr
   std::vector<int> first;                      ///< first bare Cartesian component of every shell, and their number
@@ -47,9 +48,13 @@ struct SHELL_PAIRS_T {
   int n_components() const { return first.back(); }
 };
 
-/// Primitive pairs of two shells, largest |prefactor| first.
-std::vector<PRIMITIVE_PAIR_T> primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
-                                              const std::array<double, 3>& center_b);
+/// Primitive pairs of two shells, largest |prefactor| first, and the exponents of the second shell in them.
+struct PRIMITIVE_PAIRS_T {
+  std::vector<PRIMITIVE_PAIR_T> pairs;
+  std::vector<double> second;
+};
+PRIMITIVE_PAIRS_T primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
+                                  const std::array<double, 3>& center_b);
 
 /// Pairs, bounds and lists. Stops the run when a shell is not sound. Pairs are dropped when even their product with the
 /// largest bound is below any threshold in use.

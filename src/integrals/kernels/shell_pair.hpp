@@ -16,6 +16,7 @@ static_assert(sizeof(PRIMITIVE_PAIR_T) == 64);
 /// Two contracted shells (i, j), l_i >= l_j.
 struct SHELL_PAIR_T {
   const PRIMITIVE_PAIR_T* primitives = nullptr;  ///< largest |prefactor| first
+  const double* second = nullptr;                ///< exponent of shell j in every primitive pair (gradients), bohr^-2
   int n_primitives = 0;
   int shell_i = 0, shell_j = 0;
   int first_i = 0, first_j = 0;  ///< first bare Cartesian component of either shell

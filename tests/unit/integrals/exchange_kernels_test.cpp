@@ -21,7 +21,7 @@ struct PAIR_T {
   std::vector<PRIMITIVE_PAIR_T> primitives;
   SHELL_PAIR_T pair;
   PAIR_T(const CENTERED_SHELL_T& a, const CENTERED_SHELL_T& b)
-      : primitives(primitive_pairs(a.shell, a.center, b.shell, b.center)) {
+      : primitives(primitive_pairs(a.shell, a.center, b.shell, b.center).pairs) {
     pair.primitives = primitives.data();
     pair.n_primitives = static_cast<int>(primitives.size());
     for (int i = 0; i < 3; ++i) pair.separation[i] = a.center[i] - b.center[i];
