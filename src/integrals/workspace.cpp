@@ -43,6 +43,18 @@ std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
   return (contracted + work + std::max(kets, back)) * static_cast<std::size_t>(lanes);
 }
 
+std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n_densities) {
+  // Transformed density products and contracted sums [e|f], the recursion's buffers with e and f one higher, densities of
+  // the kets, ket primitives with their second exponents and Boys values.
+  const auto top = static_cast<std::size_t>(2 * l + 1);
+  const std::size_t products = 2 * components(0, 2 * l) * components(0, 2 * l);
+  const std::size_t work = components(0, 2 * l + 1) * (2 * top + top * (top + 1) / 2);
+  const std::size_t kets = (9 + 1 + 2 * top + 2) * static_cast<std::size_t>(max_primitives);
+  const auto n = static_cast<std::size_t>(n_cartesian(l));
+  const std::size_t densities = static_cast<std::size_t>(n_densities) * 2 * (2 * n * n + 8);
+  return (products + work + kets + densities) * static_cast<std::size_t>(lanes);
+}
+
 std::size_t row_doubles(int l, int lanes) {
   const auto n = static_cast<std::size_t>(n_cartesian(l));
   return n * n * (components(0, 2 * l) + 1) * static_cast<std::size_t>(lanes);

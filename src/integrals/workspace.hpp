@@ -34,6 +34,9 @@ std::size_t scratch_doubles(int l, int max_primitives, int lanes);
 /// Doubles of the rows (ab|f] that a front leaves.
 std::size_t row_doubles(int l, int lanes);
 
+/// The same for the kernels of the exchange gradient with that many densities.
+std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n_densities);
+
 /// Buffers of one thread for the quartet kernels, made once per build.
 struct QUARTET_WORK_T {
   ALIGNED_DOUBLES scratch;

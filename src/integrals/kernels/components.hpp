@@ -13,7 +13,7 @@ namespace zentrix::kernels::ZX_ISA {
 constexpr int level_offset(int l) { return l * (l + 1) * (l + 2) / 6; }
 constexpr int component_count(int l) { return (l + 1) * (l + 2) / 2; }
 
-inline constexpr int MAX_LEVEL = 8;  // two g functions
+inline constexpr int MAX_LEVEL = 9;  // two g functions, one differentiated
 inline constexpr int MAX_COMPONENTS = level_offset(MAX_LEVEL + 1);
 
 struct COMPONENT_T {

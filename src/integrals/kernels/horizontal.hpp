@@ -61,6 +61,47 @@ struct HORIZONTAL {
     });
   }
 
+  /// The transposed recursion: x(e) = sum over the block of block(a, b) d(a,b)/d(e,0), so that sum_ab block(a, b) (a,b)
+  /// equals sum_e x(e) (e,0).
+  template <class BLOCK, class SEPARATION>
+  static ZX_INLINE void gather(const BLOCK& block, vec* temporary, const SEPARATION* separation, vec* x) {
+    if constexpr (LB == 0) {
+      loop<0, NA, (NA <= 6)>([&](int a) __attribute__((always_inline)) { x[a] = block(a, 0); });
+    } else {
+      loop<0, NE, (NA <= 6)>([&](int e) __attribute__((always_inline)) { x[e] = vec{}; });
+      if constexpr (LB > 1)
+        loop<0, TEMPORARIES, (NA <= 6)>([&](int n) __attribute__((always_inline)) { temporary[n] = vec{}; });
+      unroll<0, LB>([&](auto down) __attribute__((always_inline)) {
+        gather_level<LB - decltype(down)::value>(block, temporary, separation, x);
+      });
+    }
+  }
+  /// Hands the elements of level BETA down to the level below.
+  template <int BETA, class BLOCK, class SEPARATION>
+  static ZX_INLINE void gather_level(const BLOCK& block, vec* temporary, const SEPARATION* separation, vec* x) {
+    constexpr int n = component_count(BETA);
+    loop<E0, level_offset(LA + LB - BETA + 1), (NA <= 6)>([&](int e) __attribute__((always_inline)) {
+      unroll<0, n>([&](auto index) __attribute__((always_inline)) {
+        constexpr int b = level_offset(BETA) + decltype(index)::value, i = direction(b), lower = component(b).lower[i];
+        const int up = component(e).raise[i];
+        vec value;
+        if constexpr (BETA == LB)
+          value = block(e - E0, decltype(index)::value);
+        else
+          value = temporary[table(BETA) + (e - E0) * n + decltype(index)::value];
+        if constexpr (BETA == 1) {
+          x[up - E0] += value;
+          x[e - E0] += separation[i] * value;
+        } else {
+          constexpr int m = component_count(BETA - 1), below = lower - level_offset(BETA - 1);
+          vec* t = temporary + table(BETA - 1);
+          t[(up - E0) * m + below] += value;
+          t[(e - E0) * m + below] += separation[i] * value;
+        }
+      });
+    });
+  }
+
   /// Element (a, b) of the block, a and b counted inside their shells.
   template <int B, class SOURCE, class SEPARATION>
   static ZX_INLINE vec last(const SOURCE& source, const vec* temporary, const SEPARATION* separation, int a) {

@@ -74,10 +74,11 @@ template <int F>
 inline constexpr TREE_T<F> TREE = make_tree<F>();
 
 /// One ket step: out = [e|f]^m, m < planes, for the levels LOW .. E of e, from the buffers of its parent and its parent's
-/// parent. A leaf is added to `out` instead, the column of the contracted sums, which starts at level LOW.
-template <int E, int DIRECTION, bool SECOND, int LOW, bool LEAF>
+/// parent. A leaf is added to `out` instead, the column of the contracted sums, which starts at level LOW. TOP below E
+/// leaves out the highest levels.
+template <int E, int DIRECTION, bool SECOND, int LOW, bool LEAF, int TOP = E>
 struct KET_STEP {
-  static constexpr int NE = level_offset(E + 1), E0 = level_offset(LOW);
+  static constexpr int NE = level_offset(E + 1), E0 = level_offset(LOW), END = level_offset(TOP + 1);
 
   static ZX_INLINE void inlined(const QUARTET_FACTORS_T<E>& k, vec* __restrict out, const vec* __restrict parent,
                                 const vec* __restrict grand, int planes, int parent_power) {
@@ -98,12 +99,12 @@ struct KET_STEP {
           out[n] = v;
       };
       if constexpr (unroll_components(E))
-        unroll<E0, NE>([&](auto index) __attribute__((always_inline)) {
+        unroll<E0, END>([&](auto index) __attribute__((always_inline)) {
           constexpr COMPONENT_T c = component(decltype(index)::value);
           value(decltype(index)::value, c.power[DIRECTION], c.lower[DIRECTION]);
         });
       else
-        for (int n = E0; n < NE; ++n) value(n, component(n).power[DIRECTION], component(n).lower[DIRECTION]);
+        for (int n = E0; n < END; ++n) value(n, component(n).power[DIRECTION], component(n).lower[DIRECTION]);
     }
   }
 

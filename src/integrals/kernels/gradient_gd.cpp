@@ -1,0 +1,7 @@
+#include "integrals/kernels/gradient.hpp"
+
+namespace zentrix::kernels::ZX_ISA {
+
+void fill_gradients_gd(EXCHANGE_GRADIENT* row) { GRADIENTS_OF_BRA<4, 2>::fill<KERNEL_PAIR_CLASSES - 1>(row); }
+
+}  // namespace zentrix::kernels::ZX_ISA
