@@ -21,11 +21,14 @@ using COLUMNS = Eigen::Map<MATRIX, 0, STRIDED>;
 using CONST_COLUMNS = Eigen::Map<const MATRIX, 0, STRIDED>;
 using RECTANGLE = Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>, 0, STRIDED>;
 
-/// Bytes of quarter-transformed integrals that are kept until they are worth a matrix product of the second quarter.
+/// Bytes of quarter-transformed integrals that are kept until they are worth a matrix product of the second quarter: so
+/// many, or this part of the half-transformed set.
 constexpr std::int64_t tile_bytes = 64 << 20;
-/// Components of a tile beyond which the second quarter gains nothing, and below which it loses much.
+constexpr int tile_share = 8;
+/// Components of a tile beyond which the second quarter gains nothing, and below which it loses much and tiles have too few
+/// bras for the threads.
 constexpr int widest_tile = 48;
-constexpr int narrowest_tile = 8;
+constexpr int narrowest_tile = 20;
 
 /// Ranges of whole shells of at most `width` components (or one shell).
 std::vector<RANGE_T> component_ranges(const std::vector<int>& starts, int width) {
@@ -75,12 +78,12 @@ void transform_ket(const ERI_PANEL_T& panel, const PANEL_BRA_T& bra, const MATRI
 /// Tile after tile of quarter-transformed integrals, for two ranges of occupied orbitals.
 class FIRST_QUARTER_T {
  public:
-  /// `coefficients`: C^t of either range.
-  FIRST_QUARTER_T(const ERI_PANELS& panels, std::array<MATRIX, 2> coefficients)
+  /// `coefficients`: C^t of either range. `budget`: bytes of a tile.
+  FIRST_QUARTER_T(const ERI_PANELS& panels, std::array<MATRIX, 2> coefficients, std::int64_t budget)
       : panels_(panels), coefficients_(std::move(coefficients)) {
     const Eigen::Index n = panels.n_components(), orbitals = coefficients_[0].rows() + coefficients_[1].rows();
     int width = widest_tile;
-    while (width > narrowest_tile && 8 * width * width * n * orbitals > tile_bytes) width -= 4;
+    while (width > narrowest_tile && 8 * width * width * n * orbitals > budget) width -= 4;
     ranges_ = component_ranges(panels.shell_starts(), width);
     bras_.resize(ranges_.size() * ranges_.size());
     for (const PANEL_BRA_T& bra : panels.bras())
@@ -161,8 +164,11 @@ HALF_TRANSFORMED_T::HALF_TRANSFORMED_T(const ERI_PANELS& panels, const MATRIX& o
     parts_.push_back(make_part(batch, before, 1));
     parts_.push_back(make_part(before, batch, 0));
   }
-  FIRST_QUARTER_T first(panels, {occupied.middleCols(batch.first, batch.count).transpose(),
-                                 occupied.middleCols(before.first, before.count).transpose()});
+  const std::int64_t tile_budget = std::max(tile_bytes, half_transformed_bytes(batch, n_) / tile_share);
+  FIRST_QUARTER_T first(panels,
+                        {occupied.middleCols(batch.first, batch.count).transpose(),
+                         occupied.middleCols(before.first, before.count).transpose()},
+                        tile_budget);
   for (std::size_t tile = 0; tile < first.n_tiles(); ++tile) {
     if (!first.run(tile)) continue;
     for (PART_T& part : parts_) add_tile(first.result(part.tile), occupied, part);
