@@ -74,13 +74,13 @@ void print_grid(const SCAN_VARIABLES_T& variables, const std::vector<SCAN_POINT_
 
 void print_two_variables(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, const SCAN_POINT_T* minimum,
                          std::ostream& report) {
-  const std::string failed = "       **";
+  const auto failed = [] { return std::string("       **"); };
   fmt::print(report, "   E (Ha) -- rows: var 1, columns: var 2\n");
   print_grid(variables, result.points, 18, report,
-             [&](const SCAN_POINT_T& p) { return p.converged ? fmt::format("{:.8f}", p.energy) : failed; });
+             [&](const SCAN_POINT_T& p) { return p.converged ? fmt::format("{:.8f}", p.energy) : failed(); });
   fmt::print(report, "   dE (kcal/mol relative to minimum)\n");
   print_grid(variables, result.points, 12, report, [&](const SCAN_POINT_T& p) {
-    if (!p.converged) return failed;
+    if (!p.converged) return failed();
     return &p == minimum ? std::string("      0.0*") : fmt::format("{:.2f}", above(p, minimum));
   });
 }

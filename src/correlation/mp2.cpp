@@ -42,7 +42,7 @@ void check(const MP2_DIMENSIONS_T& sizes) {
 std::vector<OCCUPIED_BATCH_T> plan(const INTEGRALS_2E::ERI_PANELS& panels, std::int64_t store_bytes, int n_occupied,
                                    int limit_mb, MP2_DIMENSIONS_T& sizes) {
   const std::int64_t limit = static_cast<std::int64_t>(limit_mb) * 1024 * 1024;
-  const auto batches =
+  std::vector<OCCUPIED_BATCH_T> batches =
       occupied_batches(n_occupied, panels.n_components(), std::max(limit - store_bytes, limit / smallest_share));
   sizes.stored = panels.stored();
   sizes.batches = static_cast<int>(batches.size());
