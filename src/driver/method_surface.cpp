@@ -5,9 +5,23 @@
 namespace zentrix {
 
 std::unique_ptr<GRADIENTS::SCF_SURFACE_T> method_surface(const RUN_T& run, std::ostream* report) {
-  if (run.functional.is_mp2())
-    return std::make_unique<GRADIENTS::MP2_SURFACE_T>(run.input, run.functional, run.molecule, report);
-  return std::make_unique<GRADIENTS::SCF_SURFACE_T>(run.input, run.functional, run.molecule, report);
+  return method_surface(run, run.input, report);
+}
+
+std::unique_ptr<GRADIENTS::SCF_SURFACE_T> method_surface(const RUN_T& run, const INPUT_PARSER::INPUT_DATA_T& settings,
+                                                         std::ostream* report) {
+  std::unique_ptr<GRADIENTS::SCF_SURFACE_T> surface;
+  if (run.functional.is_mp2()) {
+    surface = std::make_unique<GRADIENTS::MP2_SURFACE_T>(settings, run.functional, run.molecule, report);
+  } else {
+    surface = std::make_unique<GRADIENTS::SCF_SURFACE_T>(settings, run.functional, run.molecule, report);
+  }
+  if (run.scf.converged) {
+    SCF::SPIN_MATRICES_T densities;
+    for (const SCF::SPIN_CHANNEL_T& channel : run.scf.channels) densities.push_back(channel.density);
+    surface->start_from(densities);
+  }
+  return surface;
 }
 
 }  // namespace zentrix

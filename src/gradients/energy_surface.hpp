@@ -27,6 +27,9 @@ class ENERGY_SURFACE_T {
   /// `positions` in bohr.
   [[nodiscard]] virtual SURFACE_POINT_T energy(const CARTESIAN_T& positions) = 0;
   [[nodiscard]] virtual SURFACE_POINT_T energy_and_gradient(const CARTESIAN_T& positions) = 0;
+  /// From now on every evaluation starts from the density that is at hand now, and none hands its own on: geometries
+  /// displaced from a reference are all nearest to the reference.
+  virtual void hold_start() {}
 };
 
 /// The molecule with its atoms elsewhere (bohr).

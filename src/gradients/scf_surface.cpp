@@ -18,7 +18,7 @@ void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
   geometry_ = std::make_unique<SCF::GEOMETRY_DATA_T>(there, INTEGRALS_1E::one_electron_matrices(there));
   if (!functional_.is_hartree_fock()) SCF::set_up_grid(*geometry_, input_, report_);
   scf_ = SCF::run_method(*geometry_, functional_, input_, previous_densities_, report_);
-  if (!scf_.converged) return;
+  if (!scf_.converged || start_held_) return;
   previous_densities_.clear();
   for (const SCF::SPIN_CHANNEL_T& channel : scf_.channels) previous_densities_.push_back(channel.density);
 }

@@ -22,12 +22,13 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
   const MOLECULE_T& molecule() const override { return molecule_; }
   SURFACE_POINT_T energy(const CARTESIAN_T& positions) override;
   SURFACE_POINT_T energy_and_gradient(const CARTESIAN_T& positions) override;
+  void hold_start() override { start_held_ = true; }
 
   /// State and geometry of the last evaluation; null before the first one.
   const SCF::SCF_RESULT_T& last_scf() const { return scf_; }
   const SCF::GEOMETRY_DATA_T& last_geometry() const { return *geometry_; }
-  /// Densities of the last converged evaluation (one per spin channel; none before it), and their replacement: where the next
-  /// evaluation starts from.
+  /// Densities of the last converged evaluation (one per spin channel; none before it), and their replacement: where the
+  /// next evaluation starts from.
   const SCF::SPIN_MATRICES_T& converged_densities() const { return previous_densities_; }
   void start_from(const SCF::SPIN_MATRICES_T& densities) { previous_densities_ = densities; }
   std::unique_ptr<SCF::GEOMETRY_DATA_T> take_geometry() { return std::move(geometry_); }
@@ -46,6 +47,7 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry_;
   SCF::SCF_RESULT_T scf_;
   SCF::SPIN_MATRICES_T previous_densities_;  ///< of the last converged evaluation
+  bool start_held_ = false;                  ///< they stay what they are
 };
 
 }  // namespace zentrix::GRADIENTS

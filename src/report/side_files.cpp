@@ -3,6 +3,7 @@
 #include <fmt/ostream.h>
 
 #include <filesystem>
+#include <fstream>
 
 namespace zentrix {
 
@@ -25,6 +26,21 @@ std::string unique_output_name(const std::string& base, const std::string& exten
     fmt::print(report, "   WARNING: output_files: more than 999 collisions; overwriting last variant.\n");
   }
   return name;
+}
+
+bool write_side_file(const std::string& name, const std::string& text) {
+  const std::string unfinished = name + ".part";
+  std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
+  if (!file) return false;
+  file << text;
+  file.close();
+  std::error_code fault;
+  if (file.good()) {
+    std::filesystem::rename(unfinished, name, fault);
+    if (!fault) return true;
+  }
+  std::filesystem::remove(unfinished, fault);
+  return false;
 }
 
 }  // namespace zentrix
