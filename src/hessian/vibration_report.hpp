@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "hessian/thermochemistry.hpp"
+#include "hessian/vibrations.hpp"
+
+// The printed blocks of the vibrational analysis and the thermochemistry.
+
+namespace zentrix::VIBRATIONS {
+
+/// The matrix in blocks of six columns, hartree/bohr^2.
+void print_hessian(const MATRIX& hessian, std::ostream& report);
+void print_projection(const PROJECTION_T& projection, std::ostream& report);
+void print_eigenvalue_failure(int info, std::ostream& report);
+/// Frequency table, counts, zero-point energy, normal modes.
+void print_vibrations(const VIBRATIONS_T& vibrations, std::ostream& report);
+void print_thermochemistry(const THERMOCHEMISTRY_T& thermochemistry, std::ostream& report);
+
+}  // namespace zentrix::VIBRATIONS

@@ -1,0 +1,248 @@
+#include "hessian/hessian_file.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "support/temporary_folder.hpp"
+
+using namespace zentrix;
+using namespace zentrix::HESSIAN;
+
+namespace {
+
+HESSIAN_FILE_T water() {
+  HESSIAN_FILE_T content;
+  content.identity.method = "B3LYP ";
+  content.identity.basis = "6-31G*";
+  content.identity.atoms = {{8, {0.0, 0.0, 0.221}}, {1, {0.0, 1.431, -0.887}}, {1, {0.0, -1.431, -0.887}}};
+  content.energy = -76.4;
+  content.gradient = VECTOR::LinSpaced(9, -1e-4, 1e-4);
+  content.hessian = MATRIX::Random(9, 9);
+  content.hessian(3, 4) = 1e-120;
+  content.frequencies = VECTOR::LinSpaced(9, -20.0, 3800.0);
+  content.modes = MATRIX::Random(9, 9);
+  return content;
+}
+
+struct OUTCOME_T {
+  READ_STATUS status = READ_STATUS::accepted;
+  std::string report;
+  HESSIAN_FILE_T content;
+};
+
+OUTCOME_T read_text(const std::string& text, const HESSIAN_IDENTITY_T& current = water().identity) {
+  std::istringstream file(text);
+  std::ostringstream report;
+  OUTCOME_T outcome;
+  outcome.status = read_hessian(file, "w.hess", current, outcome.content, report);
+  outcome.report = report.str();
+  return outcome;
+}
+
+/// The text with its first `from` replaced.
+std::string changed(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return text.replace(at, from.size(), to);
+}
+
+/// The text without a tag and what belongs to it.
+std::string without(const std::string& text, const std::string& tag) {
+  const std::size_t at = text.find("\n" + tag + "\n");
+  EXPECT_NE(at, std::string::npos) << tag;
+  return text.substr(0, at) + text.substr(text.find("\n$", at + 2));
+}
+
+}  // namespace
+
+TEST(HessianFile, LayoutIsTheDocumentedOne) {
+  HESSIAN_FILE_T content = water();
+  content.gradient.resize(0);
+  std::istringstream text(hessian_file_text(content));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(text, line);) lines.push_back(line);
+  const std::vector<std::string> head = {"# Zentrix Hessian file", "# Format version: 1"};
+  EXPECT_TRUE(std::equal(head.begin(), head.end(), lines.begin()));
+  EXPECT_EQ(lines[2].size(), std::string("# Generated:      2026-01-31 23:59:59").size());
+  const std::vector<std::string> rest = {
+      "# Method:         B3LYP",
+      "# Basis:          6-31G*",
+      "# ECP:            none",
+      "# Spin:           restricted",
+      "# Charge:         0",
+      "# Multiplicity:   1",
+      "# Units:          bohr (geometry, gradient), Ha/bohr^2 (Hessian), cm^-1 (frequencies)",
+      "",
+      "$method",
+      "B3LYP",
+      "",
+      "$basis",
+      "6-31G*",
+      "",
+      "$ecp",
+      "none",
+      "",
+      "$spin",
+      "restricted",
+      "",
+      "$charge",
+      "0",
+      "",
+      "$multiplicity",
+      "1",
+      "",
+      "$natoms",
+      "3",
+      "",
+      "$atoms",
+      "  8 O    0.000000000000E+00   0.000000000000E+00   2.210000000000E-01"};
+  EXPECT_EQ(std::vector<std::string>(lines.begin() + 3, lines.begin() + 3 + static_cast<std::ptrdiff_t>(rest.size())), rest);
+  const std::vector<std::string> energy = {
+      "", "$energy",   " -7.640000000000E+01",
+      "", "$gradient", "   0.000000000000E+00   0.000000000000E+00   0.000000000000E+00"};
+  EXPECT_EQ(std::vector<std::string>(lines.begin() + 36, lines.begin() + 42), energy);
+  EXPECT_EQ(lines[45], "$hessian");
+  EXPECT_EQ(lines[46], "9 9 ");
+  EXPECT_EQ(lines[47].size(), 5U * 21U);
+  EXPECT_EQ(lines[48].size(), 4U * 21U);
+  EXPECT_EQ(lines[65 + 1], "$frequencies");
+  EXPECT_EQ(lines[67], "9");
+  EXPECT_EQ(lines[71], "$normal_modes");
+  EXPECT_EQ(lines.back(), "$end");
+}
+
+TEST(HessianFile, WhatIsWrittenReadsBack) {
+  const TEMPORARY_FOLDER folder;
+  const std::string base = (folder.path() / "run").string();
+  const HESSIAN_FILE_T content = water();
+  std::ostringstream report;
+  const std::string name = write_hessian_file(base, content, report);
+  EXPECT_EQ(name, base + ".hess");
+  EXPECT_EQ(write_hessian_file(base, content, report), base + "_2.hess");
+  EXPECT_EQ(report.str(), "   Hessian written to: " + base + ".hess\n   Hessian written to: " + base + "_2.hess\n");
+  HESSIAN_FILE_T found;
+  std::ostringstream told;
+  ASSERT_EQ(read_hessian_file(name, content.identity, found, told), READ_STATUS::accepted) << told.str();
+  EXPECT_EQ(told.str(),
+            "   Hessian read from: " + name + "\n   Geometry match: max dx = 0.00000000 bohr (within tolerance).\n");
+  EXPECT_LT((found.hessian - content.hessian).cwiseAbs().maxCoeff(), 1e-12);
+  EXPECT_LT((found.modes - content.modes).cwiseAbs().maxCoeff(), 1e-12);
+  EXPECT_LT((found.gradient - content.gradient).cwiseAbs().maxCoeff(), 1e-15);
+  EXPECT_LT((found.frequencies - content.frequencies).cwiseAbs().maxCoeff(), 1e-8);
+  EXPECT_DOUBLE_EQ(found.energy.value(), -76.4);
+  std::ostringstream refused;
+  EXPECT_EQ(write_hessian_file((folder.path() / "absent/run").string(), content, refused), "");
+  EXPECT_EQ(refused.str().find(" *** WARNING: could not open Hessian file for writing: "), 0U);
+  EXPECT_EQ(read_hessian_file(base + ".nothing", content.identity, found, refused), READ_STATUS::no_file);
+  EXPECT_NE(refused.str().find(" *** ERROR: cannot open Hessian file: " + base + ".nothing\n"), std::string::npos);
+}
+
+TEST(HessianFile, FreeFormatIsAccepted) {
+  const HESSIAN_FILE_T content = water();
+  std::string text = hessian_file_text(content);
+  for (const char* tag : {"$energy", "$gradient", "$frequencies", "$normal_modes"}) text = without(text, tag);
+  text = changed(text, "$hessian\n9 9 \n",
+                 "stray line\n$own_tag of somebody\n12 apples\n$HESSIAN and more\n 9\n\n9 rest dropped\n");
+  text = changed(text, "$method", "# a remark\n$Method");
+  text = changed(text, "$charge\n0\n", "$charge\n+0 electrons\n");
+  for (std::size_t at = text.find("E-0"); at != std::string::npos; at = text.find("E-0")) text.replace(at, 1, "D");
+  std::string dos;
+  for (const char c : text) dos += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  const OUTCOME_T outcome = read_text(dos);
+  ASSERT_EQ(outcome.status, READ_STATUS::accepted) << outcome.report;
+  EXPECT_LT((outcome.content.hessian - content.hessian).cwiseAbs().maxCoeff(), 1e-12);
+  EXPECT_FALSE(outcome.content.energy.has_value());
+  EXPECT_EQ(outcome.content.modes.size() + outcome.content.gradient.size() + outcome.content.frequencies.size(), 0);
+}
+
+TEST(HessianFile, FaultyFilesAreRefusedWithTheirLine) {
+  const std::string text = hessian_file_text(water());
+  struct CASE_T {
+    std::string text;
+    READ_STATUS status;
+    std::string line;
+  };
+  const std::string malformed = " *** ERROR: w.hess: malformed Hessian file (parse error).\n";
+  const std::string incomplete = " *** ERROR: w.hess: required tag(s) missing.\n";
+  std::vector<CASE_T> cases = {
+      {"", READ_STATUS::no_version, " *** ERROR: w.hess: missing \"# Format version:\" header.\n"},
+      {changed(text, "# Format version: 1\n", ""), READ_STATUS::no_version,
+       " *** ERROR: w.hess: missing \"# Format version:\" header.\n"},
+      {changed(text, "version: 1", "version: 2"), READ_STATUS::other_version,
+       " *** ERROR: Hessian file format version 2 is incompatible with current version 1\n"},
+      {changed(text, "$natoms\n3\n", ""), READ_STATUS::out_of_order, " *** ERROR: $atoms before $natoms\n"},
+      {changed(without(text, "$atoms"), "$natoms\n3\n", ""), READ_STATUS::out_of_order,
+       " *** ERROR: $gradient before $natoms\n"},
+      {changed(text, "9 9 \n", "6 6 \n"), READ_STATUS::other_size,
+       " *** ERROR: $hessian: matrix size 6 x 6 but expected 9\n"},
+      {changed(text, "$natoms\n3\n", "$natoms\n3000000000\n"), READ_STATUS::malformed, malformed},
+      {changed(text, "$natoms\n3\n", "$natoms\n-3\n"), READ_STATUS::malformed, malformed},
+      {changed(text, "$charge\n0\n", "$charge\nnone\n"), READ_STATUS::malformed, malformed},
+      {changed(text, "$frequencies\n9\n", "$frequencies\n99\n"), READ_STATUS::malformed, malformed},
+      {text.substr(0, text.find("$frequencies") - 300), READ_STATUS::malformed, malformed},
+      {changed(text, "$spin\nrestricted", "$spin\nhalf"), READ_STATUS::malformed, malformed},
+      {changed(text, "2.210000000000E-01", "nan"), READ_STATUS::malformed, malformed},
+      {text + "\n", READ_STATUS::accepted, ""},
+  };
+  for (const char* tag : {"$method", "$basis", "$ecp", "$spin", "$charge", "$multiplicity", "$hessian"}) {
+    cases.push_back({without(text, tag), READ_STATUS::incomplete, incomplete});
+  }
+  for (const CASE_T& test : cases) {
+    const OUTCOME_T outcome = read_text(test.text);
+    EXPECT_EQ(outcome.status, test.status) << test.line;
+    if (test.status == READ_STATUS::accepted) continue;
+    EXPECT_EQ(outcome.report, test.line);
+  }
+}
+
+TEST(HessianFile, MustBelongToTheRun) {
+  const std::string text = hessian_file_text(water());
+  const auto refused = [&](READ_STATUS status, const std::string& first_line, auto change) {
+    HESSIAN_FILE_T run = water();
+    change(run.identity);
+    const OUTCOME_T outcome = read_text(text, run.identity);
+    EXPECT_EQ(outcome.status, status) << first_line;
+    EXPECT_EQ(outcome.report.find(first_line), 0U) << outcome.report;
+    return outcome.report;
+  };
+  refused(READ_STATUS::other_element, " *** ERROR: hess_file atom 2: Z = 1, current Z = 9\n",
+          [](HESSIAN_IDENTITY_T& run) { run.atoms[1].z = 9; });
+  const std::string moved = refused(READ_STATUS::other_geometry, " *** ERROR: hess_file geometry mismatch on atom 3\n",
+                                    [](HESSIAN_IDENTITY_T& run) {
+                                      run.atoms[0].position[0] += 5e-6;
+                                      run.atoms[2].position[1] -= 2e-5;
+                                    });
+  EXPECT_EQ(moved,
+            " *** ERROR: hess_file geometry mismatch on atom 3\n"
+            "            file:        0.0000000000    -1.4310000000    -0.8870000000\n"
+            "            input:       0.0000000000    -1.4310200000    -0.8870000000\n"
+            "            |dx| = 2.000e-05 bohr  (tolerance 1.000e-05 bohr)\n"
+            "            Run aborted; recompute the Hessian at the current geometry.\n");
+  const std::string method = refused(READ_STATUS::other_method, " *** ERROR: hess_file method mismatch:\n",
+                                     [](HESSIAN_IDENTITY_T& run) { run.method = "HF"; });
+  EXPECT_EQ(method,
+            " *** ERROR: hess_file method mismatch:\n              file:    B3LYP\n              input:   HF\n"
+            "              Run aborted; the cached Hessian is inconsistent with the current run.\n");
+  refused(READ_STATUS::other_basis, " *** ERROR: hess_file basis mismatch:\n",
+          [](HESSIAN_IDENTITY_T& run) { run.basis = "6-31G"; });
+  refused(READ_STATUS::other_ecp, " *** ERROR: hess_file ECP mismatch:\n              file:    none\n",
+          [](HESSIAN_IDENTITY_T& run) { run.ecp = "LANL2DZ"; });
+  refused(READ_STATUS::other_spin, " *** ERROR: hess_file spin mismatch:\n              file:    restricted\n",
+          [](HESSIAN_IDENTITY_T& run) { run.unrestricted = true; });
+  refused(READ_STATUS::other_charge, " *** ERROR: hess_file charge = 0, current charge = -1\n",
+          [](HESSIAN_IDENTITY_T& run) { run.charge = -1; });
+  refused(READ_STATUS::other_multiplicity, " *** ERROR: hess_file mult = 1, current mult = 3\n",
+          [](HESSIAN_IDENTITY_T& run) { run.multiplicity = 3; });
+  // The atom count is compared when the matrix has the run's size all the same.
+  EXPECT_EQ(read_text(without(changed(text, "$natoms\n3\n", "$natoms\n2\n"), "$gradient")).report,
+            " *** ERROR: hess_file natom = 2, current natom = 3\n");
+  HESSIAN_FILE_T alike = water();
+  alike.identity.method = " b3lyp";
+  alike.identity.ecp = "NONE";
+  alike.identity.atoms[1].position[2] += 5e-6;
+  const OUTCOME_T outcome = read_text(text, alike.identity);
+  EXPECT_EQ(outcome.status, READ_STATUS::accepted);
+  EXPECT_NE(outcome.report.find("max dx = 0.00000500 bohr (within tolerance).\n"), std::string::npos);
+}

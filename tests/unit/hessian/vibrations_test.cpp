@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+#include "constants/units.hpp"
+#include "gradients/energy_surface.hpp"
+#include "hessian/symmetry_number.hpp"
+#include "hessian/thermochemistry.hpp"
+#include "hessian/vibration_report.hpp"
+#include "support/grids.hpp"
+#include "support/molecules.hpp"
+
+using namespace zentrix;
+using namespace zentrix::VIBRATIONS;
+
+namespace {
+
+MOLECULE_T turned(const MOLECULE_T& molecule, double angle) {
+  const Eigen::Matrix3d turn = Eigen::AngleAxisd(angle, Eigen::Vector3d(1.0, 2.0, -0.5).normalized()).toRotationMatrix();
+  VECTOR positions = GRADIENTS::positions_of(molecule);
+  for (Eigen::Index a = 0; a < positions.size(); a += 3)
+    positions.segment<3>(a) = turn * positions.segment<3>(a) + Eigen::Vector3d(0.5, -1.0, 2.0);
+  return GRADIENTS::moved(molecule, positions);
+}
+
+MATRIX hessian_from(const nlohmann::json& triangle) {
+  const auto n =
+      static_cast<Eigen::Index>(std::lround((std::sqrt(8.0 * static_cast<double>(triangle.size()) + 1.0) - 1.0) / 2.0));
+  MATRIX hessian(n, n);
+  std::size_t k = 0;
+  for (Eigen::Index i = 0; i < n; ++i)
+    for (Eigen::Index j = 0; j <= i; ++j) hessian(i, j) = hessian(j, i) = triangle[k++].get<double>();
+  return hessian;
+}
+
+/// Analysis of a Hessian without its report.
+VIBRATIONS_T vibrations(const MOLECULE_T& molecule, const MATRIX& hessian, const MATRIX* dipole_derivatives = nullptr) {
+  std::ostringstream silence;
+  VIBRATIONS_T result;
+  EXPECT_EQ(analyse_vibrations(molecule, hessian, dipole_derivatives, result, silence), 0);
+  return result;
+}
+
+/// A spring between two atoms in its harmonic limit: H = k n n^T in the four blocks.
+MATRIX spring(const MOLECULE_T& pair, double k) {
+  const VECTOR positions = GRADIENTS::positions_of(pair);
+  const Eigen::Vector3d n = (positions.tail<3>() - positions.head<3>()).normalized();
+  VECTOR stretch(6);
+  stretch << -n, n;
+  return k * stretch * stretch.transpose();
+}
+
+}  // namespace
+
+TEST(Vibrations, FrequenciesAndThermochemistryOfReferenceHessians) {
+  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/vibrations.json");
+  const nlohmann::json cases = nlohmann::json::parse(file);
+  ASSERT_GE(cases.size(), 15U);
+  for (const auto& entry : cases) {
+    SCOPED_TRACE(entry["molecule"].get<std::string>() + " " + entry["method"].get<std::string>());
+    MOLECULE_T molecule = TESTS::bare_molecule(TESTS::geometry_of(entry["atoms"]));
+    molecule.multiplicity = entry["multiplicity"];
+    const VIBRATIONS_T found = vibrations(molecule, hessian_from(entry["hessian"]));
+    // The reference diagonalises in the space of vibrations only, so its list has no translations and rotations.
+    const nlohmann::json& expected = entry["frequencies"];
+    std::size_t n_found = 0;
+    for (Eigen::Index m = 0; m < found.frequencies.size(); ++m) {
+      if (found.types[static_cast<std::size_t>(m)] == MODE_TYPE::tr) continue;
+      ASSERT_LT(n_found, expected.size());
+      EXPECT_NEAR(found.frequencies(m), expected[n_found++].get<double>(), 0.01);
+    }
+    EXPECT_EQ(n_found, expected.size());
+    const nlohmann::json& values = entry["thermo"];
+    const auto value = [&](const char* key) { return values[key].get<double>(); };
+    const double energy = entry["energy"];
+    const THERMOCHEMISTRY_T thermo = thermochemistry(molecule, found, energy);
+    const double t = thermo.temperature;
+    EXPECT_EQ(thermo.symmetry_number, entry["symmetry_number"].get<int>());
+    EXPECT_NEAR(thermo.zero_point_energy, value("ZPE"), 1e-7);
+    EXPECT_NEAR(t * thermo.translation.entropy, t * value("S_trans"), 1e-7);
+    EXPECT_NEAR(t * thermo.rotation.entropy, t * value("S_rot"), 1e-7);
+    EXPECT_NEAR(t * thermo.vibration.entropy, t * value("S_vib"), 2e-7);
+    EXPECT_NEAR(t * thermo.electronic.entropy, t * value("S_elec"), 1e-8);
+    EXPECT_NEAR(t * thermo.quasi_harmonic_entropy, t * value("S_quasi"), 2e-7);
+    EXPECT_NEAR(thermo.total().heat_capacity, value("Cv_trans") + value("Cv_rot") + value("Cv_vib"), 1e-9);
+    EXPECT_NEAR(thermo.internal_energy(), value("E_tot"), 2e-7);
+    EXPECT_NEAR(thermo.enthalpy(), value("H_tot"), 2e-7);
+    EXPECT_NEAR(thermo.gibbs_energy(), value("G_tot"), 3e-7);
+    EXPECT_NEAR(thermo.quasi_harmonic_gibbs_energy() - thermo.gibbs_energy(), t * (value("S_vib") - value("S_quasi")), 2e-7);
+  }
+}
+
+TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
+  const MOLECULE_T chlorine_fluoride = TESTS::bare_molecule("Cl 0 0 0\nF 0 0 1.63\n");
+  for (const double angle : {0.0, 0.4, 1.9}) {
+    const MOLECULE_T there = turned(chlorine_fluoride, angle);
+    const VECTOR root = root_masses(there);
+    const PROJECTION_T projection = project_rigid_motions(mass_weighted(spring(there, 0.3), root), there, root);
+    EXPECT_EQ(projection.n_removed, 5);
+    std::ostringstream report;
+    print_projection(projection, report);
+    EXPECT_EQ(report.str(), "     Projected out 5 TR modes (linear molecule).\n");
+    // omega = sqrt(k/mu) of the pair, with the weights of chlorine and fluorine.
+    const double mu = 35.453 * 18.9984 / (35.453 + 18.9984) * 1822.888486209;
+    const VIBRATIONS_T found = vibrations(there, spring(there, 0.3));
+    EXPECT_NEAR(found.frequencies(5), std::sqrt(0.3 / mu) * 219474.63, 1e-6);
+    EXPECT_EQ(found.count(MODE_TYPE::vibration), 1);
+    EXPECT_EQ(found.count(MODE_TYPE::tr), 5);
+  }
+  // A Hessian without rigid-motion symmetry must lose exactly those motions: what is left has no force along them.
+  MOLECULE_T water = turned(TESTS::bare_molecule(TESTS::water), 0.7);
+  const VECTOR root = root_masses(water);
+  const PROJECTION_T bent = project_rigid_motions(MATRIX::Identity(9, 9), water, root);
+  EXPECT_EQ(bent.n_removed, 6);
+  EXPECT_FALSE(bent.linear);
+  EXPECT_NEAR(bent.matrix.trace(), 3.0, 1e-12);
+  EXPECT_LT((bent.matrix * bent.matrix - bent.matrix).norm(), 1e-12);
+  const MOLECULE_T atom = TESTS::bare_molecule("Ne 0.3 0.1 -2\n");
+  const PROJECTION_T single = project_rigid_motions(MATRIX::Identity(3, 3), atom, root_masses(atom));
+  EXPECT_EQ(single.n_removed, 3);
+  std::ostringstream report;
+  print_projection(single, report);
+  EXPECT_EQ(report.str(), "     Projected out 3 TR modes.\n");
+}
+
+TEST(Vibrations, TypesCountsAndPrintedBlocks) {
+  // Two atoms of mass 1, eigenvectors the coordinates themselves; frequencies -500, -9.9, 0, 9.9, 10.1, 2000 cm^-1.
+  const double unit = 1.0 / 219474.63;
+  VECTOR values(6);
+  int k = 0;
+  for (const double f : {-500.0, -9.9, 0.0, 9.9, 10.1, 2000.0}) values(k++) = f * std::abs(f) * unit * unit;
+  const MATRIX dipole = MATRIX::Ones(3, 6) / std::sqrt(3.0);
+  const VIBRATIONS_T found = vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), &dipole);
+  const std::vector<MODE_TYPE> types = {MODE_TYPE::imaginary, MODE_TYPE::tr,        MODE_TYPE::tr,
+                                        MODE_TYPE::tr,        MODE_TYPE::vibration, MODE_TYPE::vibration};
+  EXPECT_EQ(found.types, types);
+  EXPECT_NEAR(found.zero_point_wavenumber(), 0.5 * (10.1 + 2000.0), 1e-9);
+  EXPECT_NEAR(found.zero_point_energy(), 0.5 * (10.1 + 2000.0) * unit, 1e-15);
+  EXPECT_NEAR(found.intensities(0), 0.01 * 1777100.0, 1e-6);
+  EXPECT_EQ(found.intensities(3), 0.0);
+  std::ostringstream with_infrared;
+  print_vibrations(found, with_infrared);
+  for (const char* text :
+       {"   Vibrational Frequency Analysis\n   ======================================================\n\n"
+        "   Mode   Freq (cm^-1)   IR int (km/mol)   Type\n   ----   -----------   ---------------   ------\n"
+        "      1     -500.0000      17771.0000   imag\n      2       -9.9000                   TR\n"
+        "      3        0.0000                   TR\n",
+        "      5       10.1000      17771.0000   vib\n",
+        "\n   Vibrational modes: 2\n   TR modes:          4\n\n   ZPVE:  ", "\n   Normal Modes (Cartesian displacements):\n",
+        "   Mode 1:  -500.0000 cm^-1,  IR: 17771.0000 km/mol\n"
+        "     Atom       dx         dy         dz\n       1    1.000000   0.000000   0.000000\n",
+        "   Mode 5:  10.1000 cm^-1,  IR: "}) {
+    EXPECT_NE(with_infrared.str().find(text), std::string::npos) << text << "\nin\n" << with_infrared.str();
+  }
+  EXPECT_EQ(with_infrared.str().find("Mode 4:"), std::string::npos) << "a mode below 10 cm^-1 is none";
+  std::ostringstream without;
+  print_vibrations(vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), nullptr), without);
+  EXPECT_NE(
+      without.str().find("   Mode   Freq (cm^-1)   Type\n   ----   -----------   ------\n      1     -500.0000   imag\n"),
+      std::string::npos);
+  EXPECT_NE(without.str().find("   Mode 1:  -500.0000 cm^-1\n"), std::string::npos);
+  EXPECT_EQ(without.str().find("IR"), std::string::npos);
+}
+
+TEST(Vibrations, IntensitiesOfPointCharges) {
+  // Charges +q and -q on a spring: d mu/dQ = q/sqrt(reduced mass) along the bond.
+  const double q = 0.4;
+  const MOLECULE_T pair = turned(TESTS::bare_molecule("H 0 0 0\nF 0 0 0.92\n"), 1.1);
+  MATRIX dipole(3, 6);
+  dipole << q * MATRIX::Identity(3, 3), -q * MATRIX::Identity(3, 3);
+  const VIBRATIONS_T found = vibrations(pair, spring(pair, 0.5), &dipole);
+  const double reduced = 1.00794 * 18.9984 / (1.00794 + 18.9984) * ELECTRON_MASSES_PER_U;
+  EXPECT_NEAR(found.intensities(5), q * q / reduced * KM_MOL_PER_AU, 1e-6);
+  EXPECT_EQ(found.intensities.head(5).norm(), 0.0);
+}
+
+TEST(Vibrations, HessianIsPrintedInBlocksOfSixColumns) {
+  MATRIX hessian = MATRIX::Zero(9, 9);
+  hessian(8, 6) = -0.25;
+  std::ostringstream report;
+  print_hessian(hessian, report);
+  std::istringstream lines(report.str());
+  std::vector<std::string> all;
+  for (std::string line; std::getline(lines, line);) all.push_back(line);
+  ASSERT_EQ(all.size(), 2U + 10U + 1U + 10U + 1U) << report.str();
+  EXPECT_EQ(all[1], "   Cartesian Hessian (Ha/Bohr^2):");
+  EXPECT_EQ(std::istringstream(all[2]).str().find_last_of('6') + 1, all[2].size());
+  EXPECT_TRUE(all[12].empty());
+  EXPECT_EQ(all[22], "       9   -0.25000000    0.00000000    0.00000000");
+}
+
+TEST(SymmetryNumber, OfKnownShapes) {
+  struct CASE_T {
+    const char* geometry;
+    int number;
+  };
+  const std::vector<CASE_T> cases = {
+      {"He 0 0 0\n", 1},
+      {"H 0 0 0\nF 0 0 0.9\n", 1},
+      {"O 0 0 1.16\nC 0 0 0\nO 0 0 -1.16\n", 2},
+      {"S 0 0 0\nF 1.56 0 0\nF -1.56 0 0\nF 0 1.56 0\nF 0 -1.56 0\nF 0 0 1.56\nF 0 0 -1.56\n", 24},
+      // one bond stretched: C4v; a hair's breadth only: still octahedral
+      {"S 0 0 0\nF 1.70 0 0\nF -1.56 0 0\nF 0 1.56 0\nF 0 -1.56 0\nF 0 0 1.56\nF 0 0 -1.56\n", 4},
+      {"S 0 0 0\nF 1.562 0 0\nF -1.56 0 0\nF 0 1.56 0\nF 0 -1.56 0\nF 0 0 1.56\nF 0 0 -1.56\n", 24},
+      // ethane, staggered and eclipsed
+      {"C 0 0 0.765\nC 0 0 -0.765\nH 1.02 0 1.16\nH -0.51 0.883 1.16\nH -0.51 -0.883 1.16\n"
+       "H -1.02 0 -1.16\nH 0.51 0.883 -1.16\nH 0.51 -0.883 -1.16\n",
+       6},
+      // allene, ethene, chlorofluoromethanol-like chirality
+      {"C 0 0 0\nC 0 0 1.31\nC 0 0 -1.31\nH 0.93 0 1.87\nH -0.93 0 1.87\nH 0 0.93 -1.87\nH 0 -0.93 -1.87\n", 4},
+      {"C 0 0 0.66\nC 0 0 -0.66\nH 0.92 0 1.23\nH -0.92 0 1.23\nH 0.92 0 -1.23\nH -0.92 0 -1.23\n", 4},
+      {"C 0 0 0\nH 0.63 0.63 0.63\nF 0.78 -0.78 -0.78\nCl -1.02 1.02 -1.02\nBr -1.12 -1.12 1.12\n", 1},
+      // two equal atoms far from a centre heavy enough that only C2 is left
+      {"O 0.7 0 -0.05\nO -0.7 0 -0.05\nH 0.9 0.75 0.45\nH -0.9 -0.75 0.45\n", 2}};
+  for (const CASE_T& test : cases) {
+    EXPECT_EQ(rotational_symmetry_number(TESTS::bare_molecule(test.geometry)), test.number) << test.geometry;
+    EXPECT_EQ(rotational_symmetry_number(turned(TESTS::bare_molecule(test.geometry), 0.8)), test.number) << test.geometry;
+  }
+}
