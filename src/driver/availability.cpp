@@ -6,6 +6,27 @@
 #include "input/input_parser.hpp"
 
 namespace zentrix {
+namespace {
+
+bool computes_frequencies(INPUT_PARSER::JOB job) {
+  using INPUT_PARSER::JOB;
+  return job == JOB::freq || job == JOB::opt_freq || job == JOB::ts || job == JOB::ts_freq;
+}
+
+/// What of the keywords about Hessians cannot be had.
+std::string missing_for_hessian(const INPUT_PARSER::INPUT_DATA_T& input) {
+  using INPUT_PARSER::JOB;
+  const bool reads = !input.read_hess.empty();
+  // An optimisation ends at another geometry than the one that the file belongs to.
+  if (reads && (input.job == JOB::opt || input.job == JOB::opt_freq)) {
+    return fmt::format("%read_hess with %job {}", INPUT_PARSER::job_word(input.job));
+  }
+  const bool computes = computes_frequencies(input.job) && !(reads && input.job != JOB::ts_freq);
+  if (computes && input.hess_method == INPUT_PARSER::DERIVATIVE::analytical) return "%hess_method analytical";
+  return "";
+}
+
+}  // namespace
 
 using INPUT_PARSER::JOB;
 
@@ -16,8 +37,7 @@ std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT
   if (input.pump2) return "%pump2";
   if (input.dispersion != "NONE") return fmt::format("%dispersion {}", input.dispersion);
   if (input.solvent_given || input.eps_given || input.pcm_given) return "continuum solvation (%solvent, %eps, %pcm)";
-  if (input.export_mo) return "%export_mo";
-  return "";
+  return missing_for_hessian(input);
 }
 
 std::string missing_for_molecule(const MOLECULE_T& molecule) {

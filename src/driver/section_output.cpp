@@ -4,8 +4,10 @@
 #include "driver/driver_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/sections.hpp"
+#include "hessian/molden.hpp"
 #include "properties/properties.hpp"
 #include "report/layout.hpp"
+#include "report/side_files.hpp"
 #include "report/timing.hpp"
 #include "scf/scf_report.hpp"
 
@@ -25,6 +27,7 @@ void print_properties(const RUN_T& run, std::ostream& report) {
   PROPERTIES::print_populations(molecule, PROPERTIES::mulliken(molecule, density, run.geometry->one_electron.s), report);
   PROPERTIES::print_dipole(PROPERTIES::dipole_moment(molecule, density), report);
   if (run.input.print_mo) PROPERTIES::print_orbitals(molecule, run.scf, report);
+  if (run.input.export_mo) MOLDEN::export_orbitals(output_base_name(run.input_file), molecule, run.scf, report);
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ namespace zentrix {
 /// The composite jobs scan and scanopt: all points of the grid and their tables.
 [[nodiscard]] int section_rigid_scan(RUN_T& run, std::ostream& report);
 [[nodiscard]] int section_relaxed_scan(RUN_T& run, std::ostream& report);
+/// 6: Hessian, frequencies, thermochemistry and their side files at the run's geometry.
+[[nodiscard]] int section_frequencies(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
 

@@ -30,8 +30,9 @@ std::string missing(const std::string& feature) { return " *** ERROR: Not availa
 
 TEST(StopReport, RequestsThatThisVersionCannotServe) {
   const std::vector<STOP_CASE_T> stops = {
-      {"%job freq\n", missing("%job freq")},
-      {"%job opt+freq\n", missing("%job opt+freq")},
+      {"%job freq\n%hess_method full\n", missing("%hess_method analytical")},
+      {"%job opt+freq\n%read_hess run.hess\n", missing("%read_hess with %job opt+freq")},
+      {"%job freq\n%method mp2\n", missing("%job freq with %method MP2")},
       {"%job ts\n%method mp2\n",
        " *** ERROR: TS search does not yet support MP2 / UMP2 / PUMP2.\n            Use HF or DFT in this release.\n"},
       {"%job gradient\n%method mp2\n", missing("%job gradient with %method MP2")},
@@ -42,7 +43,6 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
       {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%pcm cosmo\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
-      {"%export_mo\n", missing("%export_mo")},
   };
   for (const STOP_CASE_T& stop : stops) expect_stop(stop);
 }

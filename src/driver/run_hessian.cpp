@@ -1,0 +1,84 @@
+#include "driver/run_hessian.hpp"
+
+#include <fmt/ostream.h>
+
+#include "driver/method_surface.hpp"
+#include "hessian/molden.hpp"
+#include "hessian/numerical_hessian.hpp"
+#include "hessian/thermochemistry.hpp"
+#include "hessian/vibration_report.hpp"
+#include "report/side_files.hpp"
+
+namespace zentrix {
+namespace {
+
+/// Name of the core potentials in use, empty where there are none. Those found by themselves are called after the basis set
+/// that they belong to.
+std::string ecp_name(const RUN_T& run) {
+  if (run.molecule.ecps.empty()) return "";
+  return run.input.ecp.empty() ? run.input.basis : run.input.ecp;
+}
+
+HESSIAN::HESSIAN_IDENTITY_T identity_of(const RUN_T& run) {
+  HESSIAN::HESSIAN_IDENTITY_T identity;
+  identity.method = run.input.method;
+  identity.basis = run.input.basis;
+  identity.ecp = ecp_name(run);
+  identity.unrestricted = run.molecule.unrestricted;
+  identity.charge = run.molecule.charge;
+  identity.multiplicity = run.molecule.multiplicity;
+  for (const ATOM_T& atom : run.molecule.atoms) identity.atoms.push_back({atom.z, atom.position});
+  return identity;
+}
+
+/// The integral store of the finished SCF; the displaced runs need the room for theirs.
+void release_store(RUN_T& run) {
+  if (run.geometry) run.geometry->jk = INTEGRALS_2E::JK_BUILDER(run.geometry->molecule);
+}
+
+}  // namespace
+
+int read_cached_hessian(const RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
+  fmt::print(report, "   Reading cached Hessian from: {}\n", run.input.read_hess);
+  const auto status = static_cast<int>(HESSIAN::read_hessian_file(run.input.read_hess, identity_of(run), hessian, report));
+  if (status != 0) {
+    fmt::print(report, " *** FATAL: %read_hess validation failed (ierr={}).  Aborting {}.\n", status, purpose);
+  }
+  return status;
+}
+
+void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
+  fmt::print(report, "   Method: Numerical Hessian (gradient FD)\n");
+  release_store(run);
+  const INPUT_PARSER::INPUT_DATA_T settings = HESSIAN::settings_for_differences(run.input);
+  const auto surface = method_surface(run, settings, nullptr);
+  HESSIAN::HESSIAN_PRINTER_T progress(report);
+  const HESSIAN::NUMERICAL_HESSIAN_T result = HESSIAN::numerical_hessian(*surface, progress);
+  HESSIAN::print_unconverged(result, report);
+  if (result.unconverged > 0) run.converged = false;
+  hessian.identity = identity_of(run);
+  hessian.energy = result.energy;
+  hessian.gradient = result.gradient;
+  hessian.hessian = result.hessian;
+}
+
+int analyse_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, bool computed, std::ostream& report) {
+  HESSIAN::print_stationarity(hessian.gradient, run.input.grad_tol, report);
+  VIBRATIONS::VIBRATIONS_T vibrations;
+  if (const int info = VIBRATIONS::analyse_vibrations(run.molecule, hessian.hessian, nullptr, vibrations, report);
+      info != 0) {
+    return info;
+  }
+  VIBRATIONS::print_thermochemistry(VIBRATIONS::thermochemistry(run.molecule, vibrations, hessian.energy.value()), report);
+  fmt::print(report, "\n");
+  const std::string base = output_base_name(run.input_file);
+  if (computed) {
+    hessian.frequencies = vibrations.frequencies;
+    hessian.modes = vibrations.modes;
+    HESSIAN::write_hessian_file(base, hessian, report);
+  }
+  MOLDEN::write_vibrations(base, run.molecule, vibrations.frequencies, vibrations.modes, report);
+  return 0;
+}
+
+}  // namespace zentrix

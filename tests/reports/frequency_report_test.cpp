@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/program_run.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+// The minimum of the reference (tests/reference/vibrations.json, water HF).
+const std::string water = "%basis 6-31G*\n%geo\nO 0 0 0.108572\nH 0 0.754065 -0.464836\nH 0 -0.754065 -0.464836\n*end\n";
+const std::string hydrogen = "%geo\nH 0 0 0\nH 0 0 0.71\n*end\n";
+
+void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
+  std::size_t at = 0;
+  for (const std::string& text : texts) {
+    const std::size_t found = run.report.find(text, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
+    at = found + text.size();
+  }
+}
+
+}  // namespace
+
+TEST(FrequencyReport, WalksTheSectionsOfAFrequencyRun) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%job freq\n%print_time\n" + water);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run, {" --- Section 3: SCF ---\n",
+                        "   SCF converged in ",
+                        " --- Section 6: Hessian & Frequencies ---\n   Method: Numerical Hessian (gradient FD)\n"
+                        "   Computing numerical Hessian (gradient FD)...\n   Hessian dimension:      9\n"
+                        "   Gradient evaluations:   18\n   Displacement (bohr):    0.005\n   Running reference SCF...\n"
+                        "   Reference energy:       -76.01074651",
+                        "     coord 1/9 done (",
+                        "     coord 9/9 done (",
+                        "     Numerical Hessian complete.\n",
+                        "\n   Cartesian Hessian (Ha/Bohr^2):\n",
+                        "     Projected out 6 TR modes.\n",
+                        "   Vibrational Frequency Analysis\n",
+                        "   Mode   Freq (cm^-1)   Type\n",
+                        "   Vibrational modes: 3\n   TR modes:          6\n",
+                        "   ZPVE:  ",
+                        "   Normal Modes (Cartesian displacements):\n",
+                        "\n   Thermochemistry (298.15 K, 1 atm)\n",
+                        "   Rotational symmetry number:               2\n",
+                        "   Gibbs energy G = H - T*S:  ",
+                        "   Hessian written to: run.hess\n   Molden file written to: run.molden\n   Section 6 time: ",
+                        " --- Section 7: Output & Properties ---\n",
+                        "     Total energy:      ",
+                        "  Zentrix run completed.\n",
+                        "  Hessian total (**) "});
+  EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden"}));
+  // Peer: 1826.4362, 4070.2324, 4188.4577 cm^-1, G = -76.0053682 hartree.
+  EXPECT_NEAR(run.number("   Mode 7:"), 1826.44, 0.5);
+  EXPECT_NEAR(run.number("   Mode 9:"), 4188.46, 0.5);
+  EXPECT_NEAR(run.number("Gibbs energy G = H - T*S:"), -76.0053682, 1e-6);
+}
+
+TEST(FrequencyReport, ACachedHessianReplacesTheComputation) {
+  const std::string second = "sed 's/%job.*/%job freq\\n%read_hess run.hess/' run.inp > again.inp && PROGRAM again.inp";
+  const PROGRAM_RUN_T run = run_program_in_folder("%job freq\n" + hydrogen, "PROGRAM run.inp > first && " + second);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run, {" --- Section 3: SCF ---\n", " --- Section 6: Hessian & Frequencies ---\n",
+                        "   Reading cached Hessian from: run.hess\n   Hessian read from: run.hess\n"
+                        "   Geometry match: max dx = 0.00000000 bohr (within tolerance).\n",
+                        "     Projected out 5 TR modes (linear molecule).\n", "   Vibrational modes: 1\n",
+                        "   Molden file written to: again.molden\n"});
+  EXPECT_FALSE(run.says("Computing numerical Hessian"));
+  EXPECT_EQ(run.files,
+            (std::vector<std::string>{"again.inp", "again.molden", "first", "run.hess", "run.inp", "run.molden"}));
+  const PROGRAM_RUN_T other = run_program_in_folder("%job freq\n" + hydrogen,
+                                                    "PROGRAM run.inp > first && echo '%method pbe' >> run.inp && echo "
+                                                    "'%read_hess run.hess' >> run.inp && PROGRAM run.inp");
+  EXPECT_EQ(other.status, 1);
+  EXPECT_TRUE(
+      other.ends_with(" *** ERROR: hess_file method mismatch:\n              file:    HF\n              input:   PBE\n"
+                      "              Run aborted; the cached Hessian is inconsistent with the current run.\n"
+                      " *** FATAL: %read_hess validation failed (ierr=11).  Aborting frequency analysis.\n"))
+      << other.report;
+}
+
+TEST(FrequencyReport, OptimisationThenFrequencies) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%job opt+freq\n%export_mo\n" + hydrogen);
+  ASSERT_EQ(run.status, 0) << run.report;
+  expect_in_order(run, {" --- Section 5: Geometry Optimization ---\n", " --- Section 6: Hessian & Frequencies ---\n",
+                        "   Vibrational modes: 1\n", "   Reusing SCF from last optimization step.\n",
+                        "   Molden MO file written to: run_mo.molden\n"});
+  EXPECT_FALSE(run.says("NOTE: the largest gradient component"));
+  EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden", "run_mo.molden"}));
+}
+
+TEST(FrequencyReport, DoubtfulHessiansAreMarked) {
+  const PROGRAM_RUN_T far = run_program_in_folder("%job freq\n%geo\nH 0 0 0\nH 0 0 0.9\n*end\n");
+  EXPECT_EQ(far.status, 0);
+  EXPECT_TRUE(far.says("     Numerical Hessian complete.\n   NOTE: the largest gradient component is ")) << far.report;
+  const PROGRAM_RUN_T poor = run_program_in_folder("%job freq\n%scf_maxiter 2\n%geo\nLi 0 0 0\nH 0 0 1.6\n*end\n");
+  EXPECT_EQ(poor.status, 3);
+  EXPECT_TRUE(poor.says(" of the 13 SCF runs did not converge; their gradients were used as they are.\n")) << poor.report;
+}
