@@ -10,6 +10,11 @@ namespace {
 
 using INPUT_PARSER::OCCUPATION;
 
+/// Orbitals this close in energy, hartree, are degenerate but for rounding.
+constexpr double degenerate = 1e-8;
+/// Weights of functions in degenerate orbitals that differ by less than this part are equal but for rounding.
+constexpr double equal_weight = 1e-6;
+
 /// A newly occupied orbital whose part inside the previous occupied space is shorter than this has come in by a swap.
 constexpr double swap_overlap = 0.5;
 
@@ -24,9 +29,49 @@ void bring_forward(const std::vector<Eigen::Index>& leading, SPIN_CHANNEL_T& cha
   channel.energies = VECTOR(channel.energies(order));
 }
 
+/// The function that weighs most in the columns from `first` on; of equal ones the last, or the first.
+Eigen::Index heaviest_function(const MATRIX& orbitals, Eigen::Index first, Eigen::Index count, bool take_last) {
+  const VECTOR weights = orbitals.middleCols(first, count).rowwise().squaredNorm();
+  const double enough = (1.0 - equal_weight) * weights.maxCoeff();
+  Eigen::Index function = take_last ? weights.size() - 1 : 0;
+  while (weights(function) < enough) function += take_last ? -1 : 1;
+  return function;
+}
+
+/// Turns degenerate orbitals among themselves so that the first has all the weight of the function that weighs most in
+/// them, the second that of the next one, and so on.
+void turn_to_functions(Eigen::Index first, Eigen::Index count, bool take_last, MATRIX& orbitals) {
+  for (Eigen::Index left = count; left > 1; --left, ++first) {
+    auto columns = orbitals.middleCols(first, left);
+    // The mirror image that takes the function's row to (norm, 0, 0, ...).
+    VECTOR mirror = columns.row(heaviest_function(orbitals, first, left, take_last));
+    mirror(0) += std::copysign(mirror.norm(), mirror(0));
+    mirror.normalize();
+    const VECTOR along = columns * mirror;
+    columns -= 2.0 * along * mirror.transpose();
+  }
+}
+
+/// Where the last occupied and the first empty orbital are degenerate, rounding would choose the orbitals that are filled,
+/// and the result would depend on the number of threads. The energy on a grid depends a little (1e-6 hartree) on how the
+/// open shell of an atom lies in it: an arbitrary direction is not stationary, and the way to a stationary one is so flat
+/// that runs do not reach it. So orbitals are turned to the axes, where the functions lie. The two spins start from opposite
+/// ends: in a singlet with two degenerate orbitals each spin gets its own, which is the lower state.
+void align_open_shell(std::size_t spin, SPIN_CHANNEL_T& channel) {
+  const Eigen::Index lumo = channel.n_occupied;
+  const VECTOR& e = channel.energies;
+  if (lumo == 0 || lumo >= e.size() || e(lumo) - e(lumo - 1) > degenerate) return;
+  Eigen::Index first = lumo - 1;
+  while (first > 0 && e(first) - e(first - 1) < degenerate) --first;
+  Eigen::Index end = lumo + 1;
+  while (end < e.size() && e(end) - e(end - 1) < degenerate) ++end;
+  turn_to_functions(first, end - first, spin == 0, channel.orbitals);
+}
+
 class LOWEST_T : public OCCUPATION_RULE_T {
  public:
-  bool occupy(int /*iteration*/, std::size_t /*spin*/, SPIN_CHANNEL_T& channel) override {
+  bool occupy(int /*iteration*/, std::size_t spin, SPIN_CHANNEL_T& channel) override {
+    align_open_shell(spin, channel);
     fill_lowest(channel);
     return false;
   }
@@ -41,6 +86,7 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
 
   bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) override {
     bool restart = false;
+    align_open_shell(spin, channel);
     if (previous_[spin].cols() > 0) {
       const bool follow = mode_ == OCCUPATION::mom || (mode_ == OCCUPATION::automatic && iteration <= MOM_ITERATIONS);
       const VECTOR projection = (previous_[spin].transpose() * (overlap_ * channel.orbitals)).colwise().norm();

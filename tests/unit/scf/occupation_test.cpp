@@ -113,6 +113,42 @@ TEST(OCCUPATION_CONTROL, MixedStartBreaksTheSymmetryOfAStretchedBond) {
   EXPECT_NEAR(result.s_squared, 1.0, 1e-4);
 }
 
+TEST(OCCUPATION_CONTROL, DegenerateFrontierOrbitalsAreTurnedToTheAxes) {
+  SPIN_CHANNEL_T askew = unit_orbitals(2, false);
+  const double c = std::cos(0.7);
+  const double s = std::sin(0.7);
+  askew.orbitals.block<2, 2>(1, 1) << c, -s, s, c;
+  for (const bool equal : {true, false}) {
+    askew.energies(2) = askew.energies(1) + (equal ? 1e-10 : 1e-5);
+    for (const std::size_t spin : {0U, 1U}) {
+      CONTROL_T control(OCCUPATION::strict, 2, 2);
+      SPIN_CHANNEL_T channel = askew;
+      EXPECT_FALSE(control.rule->occupy(1, spin, channel));
+      // The spins take opposite ends of equal functions.
+      const double expected = equal ? (spin == 0 ? 0.0 : 1.0) : c;
+      EXPECT_NEAR(std::abs(channel.orbitals(1, 1)), expected, 1e-14);
+      EXPECT_NEAR((channel.orbitals.transpose() * channel.orbitals - MATRIX::Identity(4, 4)).norm(), 0.0, 1e-14);
+    }
+  }
+}
+
+// Singlet oxygen: with the two electrons of the pi* pair in one orbital each the energy is 0.057 hartree lower.
+TEST(OCCUPATION_CONTROL, SpinsOfADegenerateSingletGetOrbitalsOfTheirOwn) {
+  MOLECULE_T molecule = TESTS::sample_molecule("O 0 0 0\nO 0 0 1.2\n", "def2-SVP", {0, 1, true});
+  double energy[2] = {};
+  for (const bool unrestricted : {false, true}) {
+    molecule.unrestricted = unrestricted;
+    GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
+    GUESS_OBSERVER_T quiet;
+    SCF_OBSERVER_T silent;
+    const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, quiet);
+    const SCF_RESULT_T result = run_scf(geometry, hartree_fock_terms(geometry), {}, start, silent);
+    EXPECT_TRUE(result.converged);
+    energy[unrestricted ? 1 : 0] = result.energy.total();
+  }
+  EXPECT_LT(energy[1], energy[0] - 0.05);
+}
+
 TEST(CONVERGENCE, EndsSoftlyWithTwoChannelsOnly) {
   std::ostringstream text;
   SCF_PRINTER_T printer(text);
