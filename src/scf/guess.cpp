@@ -8,6 +8,7 @@
 
 #include "molecule/cartesian.hpp"
 #include "molecule/molecule.hpp"
+#include "report/stop.hpp"
 #include "scf/atomic_states.hpp"
 #include "scf/scf_observer.hpp"
 
@@ -104,7 +105,12 @@ std::optional<std::array<MATRIX, 2>> atomic_densities(const MOLECULE_T& molecule
   settings.atomic_filling.assign(state.filling.begin(), state.filling.end());
   GEOMETRY_DATA_T geometry(alone, INTEGRALS_1E::one_electron_matrices(alone));
   SCF_OBSERVER_T silent;
-  const SCF_RESULT_T result = run_scf(geometry, hartree_fock_terms(geometry), settings, {}, silent);
+  SCF_RESULT_T result;
+  try {
+    result = run_scf(geometry, hartree_fock_terms(geometry), settings, {}, silent);
+  } catch (const run_stopped&) {  // a guess never stops a run
+    return std::nullopt;
+  }
   if (!result.converged) observer.atom_not_converged(z);
   std::array<MATRIX, 2> densities;
   for (std::size_t s = 0; s < 2; ++s) {
