@@ -41,7 +41,8 @@ int refuse_missing(const std::string& feature, std::ostream& report) {
 
 int set_up_method(RUN_T& run, std::ostream& report) {
   fmt::print(report, "\n Setting up method...\n");
-  if (const int error = DFT::set_up_functional(run.input.method, run.functional, report); error != 0) return error;
+  if (const int error = DFT::set_up_functional(run.input.method_as_written, run.functional, report); error != 0)
+    return error;
   DFT::print_functional(run.functional, report);
   if (run.functional.is_mp2() && (run.input.job == JOB::ts || run.input.job == JOB::ts_freq)) {
     print_no_ts_with_mp2(report);

@@ -59,7 +59,8 @@ struct CONSTRAINT_T {
 struct INPUT_DATA_T {
   // Job, method and molecule.
   JOB job = JOB::energy;
-  std::string method = "HF";                 ///< upper case
+  std::string method = "HF";  ///< upper case
+  std::string method_as_written = "HF";
   std::string dispersion = "NONE";           ///< upper case
   std::string basis = "STO-3G";              ///< "mixed" when element_basis holds more than the global name
   std::map<int, std::string> element_basis;  ///< atomic number -> basis name, where one was given for the element

@@ -88,7 +88,7 @@ VALUE_READER_T tolerance(double IN::*field) { return real_where(field, "real", i
 
 std::vector<KEYWORD_T> job_and_molecule_rows() {
   return {
-      {"METHOD", {}, upper_word(&IN::method, "name"), "HF",
+      {"METHOD", {}, method_value(), "HF",
        "Method: HF, MP2, UMP2 or the name of a density functional.",
        "hf | mp2 | ump2 | <density functional>"},
       {"DISPERSION", {"DISP"}, upper_word(&IN::dispersion, "word"), "NONE",

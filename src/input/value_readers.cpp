@@ -54,6 +54,17 @@ VALUE_READER_T element_names(NAME_FIELDS_T fields, const char* kind) {
 
 }  // namespace
 
+/// The whole rest of the line: "PBE 0" is not PBE, and "B3LYP D3" not B3LYP.
+VALUE_READER_T method_value() {
+  VALUE_READER_T reader = upper_word(&INPUT_DATA_T::method, "name");
+  reader.set = [upper_case = reader.set](INPUT_DATA_T& input, std::string_view value) {
+    input.method_as_written = std::string(value);
+    return upper_case(input, value);
+  };
+  reader.rest_of_line = true;
+  return reader;
+}
+
 VALUE_READER_T level_shift_value() {
   VALUE_READER_T reader = one_of(&INPUT_DATA_T::level_shift_mode,
                                  {{LEVEL_SHIFT::automatic, {"AUTO"}}, {LEVEL_SHIFT::off, {"OFF", "NONE", "NO"}}});

@@ -106,6 +106,7 @@ VALUE_READER_T one_of(VALUE INPUT_DATA_T::*field, const std::vector<CHOICE_T<std
 }
 
 /// A reader that does more than fill one field: "AUTO" or a number, a word that also raises a flag.
+VALUE_READER_T method_value();
 VALUE_READER_T level_shift_value();
 VALUE_READER_T grid_value();
 VALUE_READER_T pcm_model_value();

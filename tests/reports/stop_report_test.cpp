@@ -67,7 +67,10 @@ TEST(StopReport, FatalLines) {
        "            Offending input line:\n              %metod hf\n            Run aborted.\n"
        " *** FATAL: Input parsing failed, error = 1\n"},
       {"%method tpss\n",
-       " *** ERROR: Unknown method/functional: \"TPSS\"\n     Available: HF, SVWN, SVWN3, SVWN5, BLYP, BP86, "
+       " *** ERROR: Unknown method/functional: \"tpss\"\n     Available: HF, SVWN, SVWN3, SVWN5, BLYP, BP86, "
+       "BPW91, PBE, B3LYP, B3LYP3, B3LYP5, PBE0, R2SCAN\n"},
+      {"%method PBE 0  # not PBE\n",
+       " *** ERROR: Unknown method/functional: \"PBE 0\"\n     Available: HF, SVWN, SVWN3, SVWN5, BLYP, BP86, "
        "BPW91, PBE, B3LYP, B3LYP3, B3LYP5, PBE0, R2SCAN\n"},
       {"%basis no-such-basis\n", "     File not found.\n *** FATAL: Molecule build failed, error = 1\n"},
       {"%charge 10\n",
