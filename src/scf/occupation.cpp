@@ -29,6 +29,17 @@ void bring_forward(const std::vector<Eigen::Index>& leading, SPIN_CHANNEL_T& cha
   channel.energies = VECTOR(channel.energies(order));
 }
 
+/// HOMO and LUMO become (HOMO + LUMO)/sqrt 2 and (LUMO - HOMO)/sqrt 2.
+bool mix_frontier(SPIN_CHANNEL_T& channel) {
+  const Eigen::Index lumo = channel.n_occupied;
+  if (lumo == 0 || lumo >= channel.orbitals.cols()) return false;
+  const VECTOR occupied = channel.orbitals.col(lumo - 1);
+  const VECTOR empty = channel.orbitals.col(lumo);
+  channel.orbitals.col(lumo - 1) = std::sqrt(0.5) * (occupied + empty);
+  channel.orbitals.col(lumo) = std::sqrt(0.5) * (empty - occupied);
+  return true;
+}
+
 /// The function that weighs most in the columns from `first` on; of equal ones the last, or the first.
 Eigen::Index heaviest_function(const MATRIX& orbitals, Eigen::Index first, Eigen::Index count, bool take_last) {
   const VECTOR weights = orbitals.middleCols(first, count).rowwise().squaredNorm();
@@ -39,39 +50,43 @@ Eigen::Index heaviest_function(const MATRIX& orbitals, Eigen::Index first, Eigen
 }
 
 /// Turns degenerate orbitals among themselves so that the first has all the weight of the function that weighs most in
-/// them, the second that of the next one, and so on.
+/// them, the second that of the next one, and so on; those coefficients become positive.
 void turn_to_functions(Eigen::Index first, Eigen::Index count, bool take_last, MATRIX& orbitals) {
-  for (Eigen::Index left = count; left > 1; --left, ++first) {
+  for (Eigen::Index left = count; left > 0; --left, ++first) {
     auto columns = orbitals.middleCols(first, left);
+    const Eigen::Index function = heaviest_function(orbitals, first, left, take_last);
     // The mirror image that takes the function's row to (norm, 0, 0, ...).
-    VECTOR mirror = columns.row(heaviest_function(orbitals, first, left, take_last));
+    VECTOR mirror = columns.row(function);
     mirror(0) += std::copysign(mirror.norm(), mirror(0));
     mirror.normalize();
     const VECTOR along = columns * mirror;
     columns -= 2.0 * along * mirror.transpose();
+    if (columns(function, 0) < 0.0) columns.col(0) *= -1.0;
   }
 }
 
 /// Where the last occupied and the first empty orbital are degenerate, rounding would choose the orbitals that are filled,
 /// and the result would depend on the number of threads. The energy on a grid depends a little (1e-6 hartree) on how the
 /// open shell of an atom lies in it: an arbitrary direction is not stationary, and the way to a stationary one is so flat
-/// that runs do not reach it. So orbitals are turned to the axes, where the functions lie. The two spins start from opposite
-/// ends: in a singlet with two degenerate orbitals each spin gets its own, which is the lower state.
-void align_open_shell(std::size_t spin, SPIN_CHANNEL_T& channel) {
+/// that runs do not reach it. So orbitals are turned to the axes, where the functions lie, and the first of them is filled.
+/// True: there was such a shell.
+bool align_open_shell(bool take_last, SPIN_CHANNEL_T& channel) {
   const Eigen::Index lumo = channel.n_occupied;
   const VECTOR& e = channel.energies;
-  if (lumo == 0 || lumo >= e.size() || e(lumo) - e(lumo - 1) > degenerate) return;
+  if (lumo == 0 || lumo >= e.size() || e(lumo) - e(lumo - 1) > degenerate) return false;
   Eigen::Index first = lumo - 1;
   while (first > 0 && e(first) - e(first - 1) < degenerate) --first;
   Eigen::Index end = lumo + 1;
   while (end < e.size() && e(end) - e(end - 1) < degenerate) ++end;
-  turn_to_functions(first, end - first, spin == 0, channel.orbitals);
+  turn_to_functions(first, end - first, take_last, channel.orbitals);
+  return true;
 }
 
 class LOWEST_T : public OCCUPATION_RULE_T {
  public:
-  bool occupy(int /*iteration*/, std::size_t spin, SPIN_CHANNEL_T& channel) override {
-    align_open_shell(spin, channel);
+  /// A pair of electrons in two degenerate orbitals takes both alike: two equal atoms far apart must not become ions.
+  bool occupy(int /*iteration*/, std::size_t /*spin*/, SPIN_CHANNEL_T& channel) override {
+    if (align_open_shell(true, channel)) mix_frontier(channel);
     fill_lowest(channel);
     return false;
   }
@@ -86,7 +101,8 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
 
   bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) override {
     bool restart = false;
-    align_open_shell(spin, channel);
+    // The spins start from opposite ends: in a singlet with two degenerate orbitals each gets its own, the lower state.
+    const bool aligned = align_open_shell(spin == 0, channel);
     if (previous_[spin].cols() > 0) {
       const bool follow = mode_ == OCCUPATION::mom || (mode_ == OCCUPATION::automatic && iteration <= MOM_ITERATIONS);
       const VECTOR projection = (previous_[spin].transpose() * (overlap_ * channel.orbitals)).colwise().norm();
@@ -96,7 +112,7 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
         restart = check_swap(projection, spin, channel);
       }
     }
-    if (mix_start_ && iteration == 1 && spin == 1 && mix_frontier(channel)) {
+    if (mix_start_ && !aligned && iteration == 1 && spin == 1 && mix_frontier(channel)) {
       observer_.starting_orbitals_mixed();
       restart = true;  // the entry of the symmetric guess, whose error may be zero, would bring the symmetry back
     }
@@ -128,17 +144,6 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
     }
     if (!mix_frontier(channel)) return false;
     observer_.swap_mixed();
-    return true;
-  }
-
-  /// HOMO and LUMO become (HOMO + LUMO)/sqrt 2 and (LUMO - HOMO)/sqrt 2.
-  static bool mix_frontier(SPIN_CHANNEL_T& channel) {
-    const Eigen::Index lumo = channel.n_occupied;
-    if (lumo == 0 || lumo >= channel.orbitals.cols()) return false;
-    const VECTOR occupied = channel.orbitals.col(lumo - 1);
-    const VECTOR empty = channel.orbitals.col(lumo);
-    channel.orbitals.col(lumo - 1) = std::sqrt(0.5) * (occupied + empty);
-    channel.orbitals.col(lumo) = std::sqrt(0.5) * (empty - occupied);
     return true;
   }
 
