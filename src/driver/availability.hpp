@@ -6,8 +6,8 @@
 #include "input/input_data.hpp"
 #include "molecule/types.hpp"
 
-// The one place that knows which requests this version cannot serve. A run asks it before any work is done, so that nothing
-// half-runs and no keyword is silently ignored; a subsystem that arrives removes its line here.
+// The one place that knows which requests this version cannot serve. A run asks it before any integral is computed, so that
+// nothing half-runs and no keyword is silently ignored; a subsystem that arrives removes its line here.
 
 namespace zentrix {
 

@@ -70,16 +70,23 @@ void print_no_ts_with_mp2(std::ostream& report) {
   fmt::print(report, "            Use HF or DFT in this release.\n");
 }
 
-void print_final_energies(const RUN_T& run, std::ostream& report) {
+void print_final_energies(const RUN_T& run, const std::vector<std::pair<std::string, double>>& nuclear_terms,
+                          std::ostream& report) {
   const SCF::ENERGY_PARTS_T& energy = run.scf.energy;
   fmt::print(report, "\n   Final energies:\n");
   fmt::print(report, "     Electronic energy: {:20.10f}\n", energy.electronic);
   fmt::print(report, "     Nuclear repulsion: {:20.10f}\n", energy.nuclear);
-  const double correlation = run.mp2 ? run.mp2->energy() : 0.0;
-  if (run.mp2)
+  double total = energy.total();
+  if (run.mp2) {
     fmt::print(report, "     {}{:20.10f}\n",
-               run.mp2->unrestricted ? "UMP2 correlation:  " : "MP2 correlation:   ", correlation);
-  fmt::print(report, "     Total energy:      {:20.10f}\n", energy.total() + correlation);
+               run.mp2->unrestricted ? "UMP2 correlation:  " : "MP2 correlation:   ", run.mp2->energy());
+    total += run.mp2->energy();
+  }
+  for (const auto& [label, part] : nuclear_terms) {
+    fmt::print(report, "     {:<19s}{:20.10f}\n", label + ":", part);
+    total += part;
+  }
+  fmt::print(report, "     Total energy:      {:20.10f}\n", total);
 }
 
 void print_grid_quality(double integrated, int electrons, std::ostream& report) {

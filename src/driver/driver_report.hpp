@@ -2,6 +2,8 @@
 
 #include <iosfwd>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "driver/run_state.hpp"
 
@@ -21,8 +23,10 @@ void print_missing(const std::string& feature, std::ostream& report);
 void print_no_ts_with_mp2(std::ostream& report);
 /// The end of a section with a closing line of its own: rule, that line, the time, rule.
 void print_section_end(const std::string& line, int section, double seconds, std::ostream& report);
-/// The energy block of Section 7, hartree.
-void print_final_energies(const RUN_T& run, std::ostream& report);
+/// The energy block of Section 7, hartree: the SCF and correlation energies of the run, the energies of its nuclear terms
+/// with their labels, and the sum of all.
+void print_final_energies(const RUN_T& run, const std::vector<std::pair<std::string, double>>& nuclear_terms,
+                          std::ostream& report);
 /// The integral of the density on the grid beside the electron count.
 void print_grid_quality(double integrated, int electrons, std::ostream& report);
 void print_end_lines(double seconds, std::ostream& report);

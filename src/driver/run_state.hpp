@@ -3,12 +3,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "correlation/mp2.hpp"
 #include "dft/functional_catalogue.hpp"
+#include "gradients/nuclear_term.hpp"
 #include "input/input_data.hpp"
 #include "molecule/types.hpp"
 #include "scf/scf.hpp"
+#include "solvation/activation.hpp"
 
 namespace zentrix {
 
@@ -18,6 +21,8 @@ struct RUN_T {
   std::string input_file;
   INPUT_PARSER::INPUT_DATA_T input;
   DFT::FUNCTIONAL_T functional;
+  std::vector<std::unique_ptr<GRADIENTS::NUCLEAR_TERM_T>> nuclear_terms;  ///< dispersion
+  SOLVATION::SOLVATION_T solvation;
   MOLECULE_T molecule;                             ///< of the input; after Section 5 at the optimised geometry
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< of the last SCF

@@ -1,6 +1,7 @@
 #include <fmt/ostream.h>
 
 #include "driver/availability.hpp"
+#include "driver/dispersion_setup.hpp"
 #include "driver/driver_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/sections.hpp"
@@ -9,6 +10,8 @@
 #include "molecule/molecule.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
+#include "solvation/activation.hpp"
+#include "solvation/solvents.hpp"
 
 namespace zentrix {
 namespace {
@@ -28,6 +31,8 @@ int read_input(RUN_T& run, std::ostream& report) {
     return error;
   }
   fmt::print(report, " Input parsed successfully.\n");
+  // The summary shows the permittivity of a known solvent; an unknown one stops the run later in this section.
+  if (run.input.solvent_given && !run.input.eps_given) run.input.eps = SOLVATION::solvent_permittivity(run.input.solvent);
   INPUT_PARSER::print_job_summary(run.input, report);
   return 0;
 }
@@ -48,7 +53,7 @@ int set_up_method(RUN_T& run, std::ostream& report) {
     print_no_ts_with_mp2(report);
     return 1;
   }
-  return refuse_missing(missing_for_input(run.input, run.functional), report);
+  return set_up_dispersion(run, report);
 }
 
 int set_up_molecule(RUN_T& run, std::ostream& report) {
@@ -61,6 +66,13 @@ int set_up_molecule(RUN_T& run, std::ostream& report) {
   if (run.functional.name == "MP2" && run.molecule.unrestricted)
     fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
   return refuse_missing(missing_for_molecule(run.molecule), report);
+}
+
+/// The solvent and the model, and with them the last of what the input can ask for.
+int set_up_solvation(RUN_T& run, std::ostream& report) {
+  const bool correlated = run.input.pump2 || run.functional.is_mp2();
+  if (const int error = SOLVATION::resolve_solvation(run.input, correlated, run.solvation, report); error != 0) return error;
+  return refuse_missing(missing_for_input(run.input, run.functional), report);
 }
 
 void set_up_tables(std::ostream& report) {
@@ -80,6 +92,7 @@ int section_input(int argc, char** argv, RUN_T& run, std::ostream& report) {
     if (const int error = read_input(run, report); error != 0) return error;
     if (const int error = set_up_method(run, report); error != 0) return error;
     if (const int error = set_up_molecule(run, report); error != 0) return error;
+    if (const int error = set_up_solvation(run, report); error != 0) return error;
     set_up_tables(report);
   }
   print_section_end("Section 1 complete. Ready for integral evaluation.", 1, timer_wall(STAGE::input), report);

@@ -21,6 +21,14 @@ void check_grid(const RUN_T& run, std::ostream& report) {
   print_grid_quality(electrons, geometry.molecule.n_electrons, report);
 }
 
+/// Energies of the nuclear terms at the geometry the run ended with.
+std::vector<std::pair<std::string, double>> nuclear_energies(const RUN_T& run) {
+  const GRADIENTS::CARTESIAN_T positions = GRADIENTS::positions_of(run.geometry->molecule);
+  std::vector<std::pair<std::string, double>> parts;
+  for (const auto& term : run.nuclear_terms) parts.emplace_back(term->energy_label(), term->energy(positions));
+  return parts;
+}
+
 void print_properties(const RUN_T& run, std::ostream& report) {
   const MATRIX density = run.scf.total_density();
   const MOLECULE_T& molecule = run.geometry->molecule;
@@ -38,7 +46,7 @@ int section_output(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::properties);
     if (run.optimized) fmt::print(report, "   Reusing SCF from last optimization step.\n");
-    print_final_energies(run, report);
+    print_final_energies(run, nuclear_energies(run), report);
     if (!run.functional.is_hartree_fock()) check_grid(run, report);
     if (run.scf.unrestricted()) SCF::print_spin(run.scf, report);
     print_properties(run, report);

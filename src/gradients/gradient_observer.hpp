@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "scf/scf.hpp"
 
 namespace zentrix::GRADIENTS {
@@ -16,6 +18,7 @@ class GRADIENT_OBSERVER_T {
   virtual void two_electron_begins(bool /*unrestricted*/, int /*threads*/, int /*bra_pairs*/) {}
   virtual void integrals_done(bool /*unrestricted*/) {}
   virtual void xc_begins(bool /*unrestricted*/) {}
+  virtual void nuclear_term_begins(const std::string& /*name*/) {}
   virtual void atom_done(int /*number*/) {}
   virtual void semi_analytical_done() {}
 };

@@ -59,6 +59,10 @@ void GRADIENT_PRINTER_T::xc_begins(bool unrestricted) {
   }
 }
 
+void GRADIENT_PRINTER_T::nuclear_term_begins(const std::string& name) {
+  fmt::print(report_, "   Adding {} gradient...\n", name);
+}
+
 void GRADIENT_PRINTER_T::atom_done(int number) {
   fmt::print(report_, "     Atom {} done.\n", number);
   report_.flush();

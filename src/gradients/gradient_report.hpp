@@ -19,6 +19,7 @@ class GRADIENT_PRINTER_T : public GRADIENT_OBSERVER_T {
   void two_electron_begins(bool unrestricted, int threads, int bra_pairs) override;
   void integrals_done(bool unrestricted) override;
   void xc_begins(bool unrestricted) override;
+  void nuclear_term_begins(const std::string& name) override;
   void atom_done(int number) override;
   void semi_analytical_done() override;
 

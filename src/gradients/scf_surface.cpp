@@ -25,7 +25,18 @@ void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
 
 SURFACE_POINT_T SCF_SURFACE_T::energy(const CARTESIAN_T& positions) {
   run_scf(positions);
-  return {scf_.energy.total(), {}, scf_.converged};
+  SURFACE_POINT_T point{scf_.energy.total(), {}, scf_.converged};
+  for (const NUCLEAR_TERM_T* term : terms_) point.energy += term->energy(positions);
+  return point;
+}
+
+void SCF_SURFACE_T::add_terms(const CARTESIAN_T& positions, GRADIENT_OBSERVER_T& observer, SURFACE_POINT_T& point) const {
+  CARTESIAN_T gradient;
+  for (const NUCLEAR_TERM_T* term : terms_) {
+    observer.nuclear_term_begins(term->name());
+    point.energy += term->energy_and_gradient(positions, gradient);
+    point.gradient += gradient;
+  }
 }
 
 SURFACE_POINT_T SCF_SURFACE_T::energy_and_gradient(const CARTESIAN_T& positions) {
@@ -37,6 +48,7 @@ SURFACE_POINT_T SCF_SURFACE_T::energy_and_gradient(const CARTESIAN_T& positions)
   SURFACE_POINT_T point{scf_.energy.total(), {}, scf_.converged};
   point.gradient = input_.semi_analytical_gradient ? semi_analytical_gradient(*geometry_, functional_, scf_, *observer)
                                                    : scf_gradient(*geometry_, functional_, scf_, *observer).total();
+  add_terms(positions, *observer, point);
   return point;
 }
 

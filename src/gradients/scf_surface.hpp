@@ -3,21 +3,28 @@
 #include <iosfwd>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "dft/functional_catalogue.hpp"
 #include "gradients/energy_surface.hpp"
+#include "gradients/gradient_observer.hpp"
+#include "gradients/nuclear_term.hpp"
 #include "input/input_data.hpp"
 #include "scf/scf.hpp"
 
 namespace zentrix::GRADIENTS {
 
-/// The surface of Hartree-Fock and Kohn-Sham energies, restricted or unrestricted, by the settings of the input.
+/// The surface of Hartree-Fock and Kohn-Sham energies, restricted or unrestricted, by the settings of the input, plus the
+/// terms that were added to it.
 class SCF_SURFACE_T : public ENERGY_SURFACE_T {
  public:
   /// `report`: where the SCF tables and the progress of the gradient go; null for a silent surface. All references must
   /// outlive the surface.
   SCF_SURFACE_T(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional, const MOLECULE_T& molecule,
                 std::ostream* report);
+
+  /// Adds a term to every energy and gradient from now on; it must outlive the surface.
+  void add_term(const NUCLEAR_TERM_T& term) { terms_.push_back(&term); }
 
   const MOLECULE_T& molecule() const override { return molecule_; }
   SURFACE_POINT_T energy(const CARTESIAN_T& positions) override;
@@ -39,11 +46,13 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
 
  private:
   void run_scf(const CARTESIAN_T& positions);
+  void add_terms(const CARTESIAN_T& positions, GRADIENT_OBSERVER_T& observer, SURFACE_POINT_T& point) const;
 
   const INPUT_PARSER::INPUT_DATA_T& input_;
   const DFT::FUNCTIONAL_T& functional_;
   const MOLECULE_T& molecule_;
   std::ostream* report_;
+  std::vector<const NUCLEAR_TERM_T*> terms_;
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry_;
   SCF::SCF_RESULT_T scf_;
   SCF::SPIN_MATRICES_T previous_densities_;  ///< of the last converged evaluation

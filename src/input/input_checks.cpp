@@ -60,11 +60,13 @@ int check_scan_use(const INPUT_DATA_T& input, std::ostream& report) {
   return check_scan(input, report);
 }
 
-/// "%solvent none" switches solvation off as a whole.
+/// "%solvent none" and "%pcm none" switch solvation off as a whole.
 void settle_solvation(INPUT_DATA_T& input, std::ostream& report) {
-  if (!input.solvation_off) return;
-  if (input.pcm_given || input.eps_given) {
+  if (!input.solvation_off && !input.pcm_off) return;
+  if (input.solvation_off && (input.pcm_given || input.eps_given)) {
     fmt::print(report, "   *** WARNING: %solvent none switches solvation off; %pcm and %eps are not used.\n");
+  } else if (input.pcm_off && (input.solvent_given || input.eps_given)) {
+    fmt::print(report, "   *** WARNING: %pcm none switches solvation off; %solvent and %eps are not used.\n");
   }
   input.solvent_given = input.eps_given = input.pcm_given = false;
 }

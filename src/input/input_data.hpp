@@ -112,6 +112,7 @@ struct INPUT_DATA_T {
   bool solvent_given = false;
   bool eps_given = false;
   bool solvation_off = false;  ///< the solvent word was "none": solvation stays off whatever else was given
+  bool pcm_off = false;        ///< the same of the model word
   std::string solvent;         ///< case kept
   double eps = 0.0;
   int pcm_lebedev = 110;

@@ -102,7 +102,8 @@ VALUE_READER_T pcm_model_value() {
                                                             {PCM_MODEL::none, {"NONE"}}});
   reader.set = [known = reader.set](INPUT_DATA_T& input, std::string_view value) {
     if (!known(input, value)) return false;
-    input.pcm_given = input.pcm_model != PCM_MODEL::none;
+    input.pcm_off = input.pcm_model == PCM_MODEL::none;
+    input.pcm_given = !input.pcm_off;
     return true;
   };
   return reader;

@@ -47,6 +47,39 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
   for (const STOP_CASE_T& stop : stops) expect_stop(stop);
 }
 
+TEST(StopReport, SolvationThatCannotBe) {
+  const std::string deferred =
+      " *** PCM ERROR: PCM with this %job is deferred.\n"
+      "     Stage 2.2b supports %job energy, gradient, opt.\n"
+      "     %job freq, opt+freq, bsse, scan, ts are deferred to\n"
+      "     later Stage 2 sub-stages.  Either pick a supported\n"
+      "     %job, or remove %solvent / %eps / %pcm.\n";
+  const std::string no_correlation =
+      " *** PCM ERROR: MP2/UMP2/PUMP2 + PCM is not implemented in v0.74.0.\n"
+      "     SCF-level PCM (HF, DFT) is fully supported.  Drop \"%method ump2/mp2\"\n"
+      "     or remove the solvent keywords to proceed.\n";
+  const std::vector<STOP_CASE_T> stops = {
+      {"%solvent Octanol\n",
+       " *** PCM ERROR: Unknown solvent \"Octanol\"\n"
+       "   Recognized solvent names (epsilon values):\n"
+       "     water     ( 78.36)   methanol  ( 32.61)   ethanol     ( 24.85)\n"
+       "     acetone   ( 20.49)   mecn      ( 35.69)   dmso        ( 46.83)\n"
+       "     dmf       ( 37.22)   thf       (  7.43)   chcl3       (  4.71)\n"
+       "     ccl4      (  2.23)   dcm       (  8.93)   toluene     (  2.37)\n"
+       "     benzene   (  2.27)   cyclohexane(2.02)   hexane      (  1.88)\n"
+       "     ether     (  4.24)   etoac     (  5.99)   ammonia     ( 22.40)\n"
+       "   Use \"%eps <value>\" to override or set a custom permittivity.\n"},
+      {"%method mp2\n%solvent water\n", no_correlation},
+      {"%pump2\n%eps 2\n", no_correlation},
+      {"%pcm cpcm\n%job freq\n", deferred},
+      {"%solvent dmso\n%job opt+freq\n", deferred},
+      {"%eps 10\n%job ts\n", deferred},
+  };
+  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
+  const PROGRAM_RUN_T summary = run_program_in_folder("%solvent Thf\n" + water);
+  EXPECT_TRUE(summary.says("   PCM solvent:      Thf (eps=7.4257)\n")) << summary.report;
+}
+
 TEST(StopReport, SettingsThatSwitchSomethingOffAreServed) {
   const PROGRAM_RUN_T run = run_program_in_folder(
       "%dispersion none\n%solvent none\n%pcm none\n%export_mo no\n%pump2 no\n%guess core\n%spin rhf\n" + water);

@@ -59,6 +59,8 @@ TEST(Keywords, FillTheirFields) {
       {"%epsilon 4.7", [](const IN& in) { return in.eps_given && in.eps == 4.7; }},
       {"%eps 4.7\n%pcm cpcm\n%solvent none",
        [](const IN& in) { return !in.eps_given && !in.pcm_given && !in.solvent_given; }},
+      {"%pcm none\n%solvent water", [](const IN& in) { return !in.pcm_given && !in.solvent_given; }},
+      {"%pcm none\n%solvent water\n%pcm cosmo", [](const IN& in) { return in.pcm_given && in.solvent_given; }},
   };
   for (const auto& c : cases) {
     const auto result = parse(std::string(c.lines) + "\n" + helium);

@@ -1,0 +1,88 @@
+#include "solvation/solvents.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "solvation/activation.hpp"
+
+using namespace zentrix::SOLVATION;
+using zentrix::INPUT_PARSER::INPUT_DATA_T;
+using zentrix::INPUT_PARSER::JOB;
+using zentrix::INPUT_PARSER::PCM_MODEL;
+
+TEST(Solvents, NamesInAnyCase) {
+  for (const char* water : {"water", "Water", "H2O", " h2o "}) EXPECT_EQ(solvent_permittivity(water), 78.3553) << water;
+  EXPECT_EQ(solvent_permittivity("n-hexane"), 1.8819);
+  EXPECT_EQ(solvent_permittivity("VACUUM"), 1.0);
+  EXPECT_EQ(solvent_permittivity("none"), 1.0);
+  for (const char* unknown : {"", "wat", "waters", "n hexane", "octanol"})
+    EXPECT_EQ(solvent_permittivity(unknown), -1.0) << unknown;
+}
+
+TEST(Solvents, EveryNameOfTheHelpIsKnownWithItsRoundedValue) {
+  std::ostringstream help;
+  print_known_solvents(help);
+  std::istringstream lines(help.str());
+  std::string line;
+  int found = 0;
+  while (std::getline(lines, line)) {
+    if (line.rfind("     ", 0) != 0) continue;
+    for (char& c : line)
+      if (c == '(' || c == ')') c = ' ';
+    std::istringstream words(line);
+    std::string name;
+    double value = 0.0;
+    while (words >> name >> value) {
+      EXPECT_NEAR(solvent_permittivity(name), value, 0.005001) << name;
+      ++found;
+    }
+  }
+  EXPECT_EQ(found, 18);
+}
+
+namespace {
+
+/// What `resolve_solvation` prints when it refuses, and an empty text with the settings when it does not.
+std::string outcome(const INPUT_DATA_T& input, bool correlated, SOLVATION_T& solvation) {
+  std::ostringstream report;
+  const int error = resolve_solvation(input, correlated, solvation, report);
+  EXPECT_EQ(error != 0, report.str().find("ERROR") != std::string::npos);
+  return report.str();
+}
+
+}  // namespace
+
+TEST(Solvation, WhatIsResolvedFromWhatWasGiven) {
+  SOLVATION_T solvation;
+  INPUT_DATA_T input;
+  EXPECT_EQ(outcome(input, true, solvation), "");
+  EXPECT_FALSE(solvation.active);
+  input.solvent_given = true;
+  input.solvent = "Toluene";
+  EXPECT_EQ(outcome(input, false, solvation), "");
+  EXPECT_TRUE(solvation.active);
+  EXPECT_EQ(solvation.permittivity, 2.3741);
+  EXPECT_EQ(model_name(solvation.model), "IEF-PCM");
+  input.eps_given = true;  // goes before the solvent, whatever that is
+  input.eps = 3.5;
+  input.solvent = "nonsense";
+  EXPECT_EQ(outcome(input, false, solvation), "");
+  EXPECT_EQ(solvation.permittivity, 3.5);
+  INPUT_DATA_T model_only;
+  model_only.pcm_given = true;
+  model_only.pcm_model = PCM_MODEL::cosmo;
+  EXPECT_EQ(outcome(model_only, false, solvation), " --- PCM: no solvent specified; defaulting to water (eps=78.36) ---\n");
+  EXPECT_EQ(solvation.permittivity, 78.3553);
+  EXPECT_EQ(model_name(solvation.model), "COSMO");
+}
+
+TEST(Solvation, AModelWithoutAName) {
+  INPUT_DATA_T input;
+  input.pcm_given = input.eps_given = true;
+  input.eps = 2.0;
+  input.pcm_model = static_cast<PCM_MODEL>(7);
+  SOLVATION_T solvation;
+  EXPECT_EQ(outcome(input, false, solvation), " *** PCM ERROR: Unknown model id 7\n");
+}
