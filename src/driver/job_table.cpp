@@ -15,7 +15,7 @@ const std::vector<JOB_ROW_T>& job_table() {
       {JOB::opt, {section_one_electron, section_optimization, section_output}},
       {JOB::freq, {section_one_electron, section_scf, section_frequencies, section_output}},
       {JOB::opt_freq, {section_one_electron, section_optimization, section_frequencies, section_output}},
-      {JOB::bsse, {}},
+      {JOB::bsse, {section_counterpoise}},
       {JOB::scan, {section_rigid_scan}},
       {JOB::scanopt, {section_relaxed_scan}},
       {JOB::ts, {}},

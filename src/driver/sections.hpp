@@ -26,5 +26,7 @@ namespace zentrix {
 [[nodiscard]] int section_frequencies(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
+/// Counterpoise analysis: a job of its own after Section 1.
+[[nodiscard]] int section_counterpoise(RUN_T& run, std::ostream& report);
 
 }  // namespace zentrix

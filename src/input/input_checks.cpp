@@ -91,7 +91,7 @@ int check_fragments(INPUT_DATA_T& input, std::ostream& report) {
   input.n_fragments = found;
   fmt::print(report, "   BSSE: {} fragments detected:\n", found);
   for (const auto& [fragment, count] : counts) fmt::print(report, "         fragment {}: {} atoms\n", fragment, count);
-  return 0;
+  return settle_fragment_states(input, report);
 }
 
 }  // namespace
@@ -110,7 +110,11 @@ int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& re
   if (const int error = check_coincident_atoms(input, report); error != 0) return error;
   settle_solvation(input, report);
   if (input.method == "UMP2") input.unrestricted = true;
-  return input.job == JOB::bsse ? check_fragments(input, report) : 0;
+  if (input.job == JOB::bsse) return check_fragments(input, report);
+  if (!input.fragment_charge.empty() || !input.fragment_multiplicity.empty()) {
+    fmt::print(report, "   *** WARNING: charges and multiplicities of fragments are not used by this job.\n");
+  }
+  return 0;
 }
 
 }  // namespace zentrix::INPUT_PARSER

@@ -10,4 +10,8 @@ namespace zentrix::INPUT_PARSER {
 /// non-zero after a message.
 [[nodiscard]] int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& report);
 
+/// Charge and multiplicity of every fragment of a counterpoise job, where the input does not give them, and whether they fit
+/// together with those of the complex.
+[[nodiscard]] int settle_fragment_states(INPUT_DATA_T& input, std::ostream& report);
+
 }  // namespace zentrix::INPUT_PARSER

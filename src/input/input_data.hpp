@@ -25,6 +25,7 @@ struct INPUT_ATOM_T {
   int z = 0;                            ///< atomic number the token stands for
   std::array<double, 3> position = {};  ///< bohr
   int fragment = 0;                     ///< fragment number of a counterpoise job, from 1; 0 in other jobs
+  bool ghost = false;                   ///< basis functions only; the parser sets none, counterpoise sub-systems have them
 };
 
 /// One row of a Z-matrix; references are 1-based numbers of earlier rows, 0 where the row has no such field.
@@ -130,8 +131,10 @@ struct INPUT_DATA_T {
   // Geometry, scans, constraints.
   bool bohr_units = false;  ///< the Cartesian block was written in bohr
   std::vector<INPUT_ATOM_T> atoms;
-  std::vector<ZMATRIX_ROW_T> zmatrix;  ///< empty for a Cartesian geometry
-  int n_fragments = 0;                 ///< of a counterpoise job
+  std::vector<ZMATRIX_ROW_T> zmatrix;        ///< empty for a Cartesian geometry
+  int n_fragments = 0;                       ///< of a counterpoise job
+  std::map<int, int> fragment_charge;        ///< by fragment; after the checks of a counterpoise job all have one
+  std::map<int, int> fragment_multiplicity;  ///< the same
   std::vector<SCAN_VARIABLE_T> scan;
   std::vector<CONSTRAINT_T> constraints;
 };

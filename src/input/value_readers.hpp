@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -36,6 +37,21 @@ inline VALUE_READER_T integer_in(int INPUT_DATA_T::*field, int least, int most, 
 
 inline VALUE_READER_T positive_integer(int INPUT_DATA_T::*field, int most = 2147483647) {
   return integer_in(field, 1, most, "positive integer");
+}
+
+/// The same for the molecule, or "k=value" for fragment k of a counterpoise job.
+inline VALUE_READER_T with_fragments(VALUE_READER_T whole, int INPUT_DATA_T::*field, std::map<int, int> INPUT_DATA_T::*own) {
+  whole.kind += ", or k=value for fragment k";
+  whole.set = [set = whole.set, field, own](INPUT_DATA_T& input, std::string_view value) {
+    const auto equals = value.find('=');
+    if (equals == std::string_view::npos) return set(input, value);
+    const auto fragment = read_integer(value.substr(0, equals));
+    INPUT_DATA_T read;
+    if (!fragment || *fragment < 1 || !set(read, value.substr(equals + 1))) return false;
+    (input.*own)[*fragment] = read.*field;
+    return true;
+  };
+  return whole;
 }
 
 /// A finite real number for which `accepted` holds.

@@ -100,14 +100,18 @@ struct ELEMENT_DATA_T {
   std::vector<SHELL_T> shells;
   ECP_T ecp;
   bool has_ecp = false;
+  bool ecp_known = false;  ///< looked for; elements of ghosts only are not
 };
 
 int load_elements(const INPUT_DATA_T& input, std::map<int, ELEMENT_DATA_T>& elements, std::ostream& report) {
   for (const auto& atom : input.atoms) {
-    if (elements.count(atom.z) != 0) continue;
     ELEMENT_DATA_T& element = elements[atom.z];
-    if (const int error = load_basis(input, atom.z, element.shells, report); error != 0) return error;
+    if (element.shells.empty()) {
+      if (const int error = load_basis(input, atom.z, element.shells, report); error != 0) return error;
+    }
+    if (atom.ghost || element.ecp_known) continue;
     if (const int error = load_ecp(input, atom.z, element.ecp, element.has_ecp, report); error != 0) return error;
+    element.ecp_known = true;
   }
   return 0;
 }
@@ -116,14 +120,14 @@ void place_atoms(const INPUT_DATA_T& input, const std::map<int, ELEMENT_DATA_T>&
   for (const auto& entry : input.atoms) {
     const ELEMENT_DATA_T& element = elements.at(entry.z);
     const int index = static_cast<int>(molecule.atoms.size());
-    const int n_core = element.has_ecp ? element.ecp.n_core : 0;
-    molecule.atoms.push_back(
-        {element_symbol(entry.z), entry.z, static_cast<double>(entry.z - n_core), entry.position, false, entry.fragment});
+    const bool has_ecp = element.has_ecp && !entry.ghost;
+    const double charge = entry.ghost ? 0.0 : entry.z - (has_ecp ? element.ecp.n_core : 0);
+    molecule.atoms.push_back({element_symbol(entry.z), entry.z, charge, entry.position, entry.ghost, entry.fragment});
     for (SHELL_T shell : element.shells) {
       shell.atom = index;
       molecule.shells.push_back(std::move(shell));
     }
-    if (element.has_ecp) {
+    if (has_ecp) {
       molecule.ecps.push_back(element.ecp);
       molecule.ecps.back().atom = index;
     }

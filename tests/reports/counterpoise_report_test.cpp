@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/program_run.hpp"
+
+using namespace zentrix;
+
+namespace {
+
+const std::string helium = "%job bsse\n%basis 6-31G**\n%geo\nHe 0 0 0 1\nHe 0 0 2.5 2\n*end\n";
+
+}  // namespace
+
+TEST(CounterpoiseReport, AllStepsAndTheSummary) {
+  const PROGRAM_RUN_T run = run_program_in_folder(helium);
+  ASSERT_EQ(run.status, 0) << run.report;
+  std::size_t at = 0;
+  for (const char* text : {"   BSSE: 2 fragments detected:\n", "Boys-Bernardi counterpoise BSSE analysis  (2 fragments)\n",
+                           " --- BSSE step 1: full complex (full basis) ---\n",
+                           " --- BSSE step 2a: fragment 1 (isolated, fragment basis) ---\n",
+                           " --- BSSE step 2b: fragment 1 (with ghost basis on other fragments) ---\n",
+                           " --- BSSE step 2a: fragment 2 (isolated, fragment basis) ---\n",
+                           " --- BSSE step 2b: fragment 2 (with ghost basis on other fragments) ---\n",
+                           "  BSSE / Counterpoise Summary\n", "  Zentrix run completed.\n"}) {
+    at = run.report.find(text, at);
+    ASSERT_NE(at, std::string::npos) << text << "missing or out of order in\n" << run.report;
+  }
+  for (const char* text : {"Section 2", "Section 3", "Section 7"}) EXPECT_FALSE(run.says(text)) << text;
+  const double uncorrected = run.number("   Uncorrected:   Delta_E    = ");
+  const double corrected = run.number("   Counterpoise:  Delta_E_CP = ");
+  EXPECT_NEAR(run.number("   BSSE total                = "), uncorrected - corrected, 2e-10);
+  EXPECT_LT(uncorrected, corrected);
+}
+
+TEST(CounterpoiseReport, DispersionIsLeftOut) {
+  const PROGRAM_RUN_T bare = run_program_in_folder(helium);
+  const PROGRAM_RUN_T with = run_program_in_folder("%dispersion d3\n" + helium);
+  ASSERT_EQ(with.status, 0) << with.report;
+  EXPECT_TRUE(
+      with.says("  Note: dispersion (D3) is currently NOT applied to BSSE sub-energies.\n"
+                "        D3/D4 contributions cancel almost exactly in the counterpoise difference.\n"))
+      << with.report;
+  for (const char* label :
+       {"   E(complex)               = ", "   SUM E_f(isolated)        = ", "   SUM E_f(in complex bas.) = "}) {
+    EXPECT_EQ(with.number(label), bare.number(label)) << label;
+  }
+}
+
+TEST(CounterpoiseReport, AnScfThatDoesNotConvergeEndsTheJob) {
+  const PROGRAM_RUN_T run = run_program_in_folder("%scf_maxiter 2\n" + helium);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(run.ends_with(" *** ERROR: BSSE: full-complex SCF failed.\n")) << run.report;
+}
