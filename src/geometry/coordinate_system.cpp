@@ -1,5 +1,7 @@
 #include "geometry/coordinate_system.hpp"
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
 #include "geometry/model_hessian.hpp"
@@ -32,6 +34,19 @@ VECTOR INTERNAL_SYSTEM_T::displaced(const VECTOR& positions, const VECTOR& dq) c
 
 MATRIX INTERNAL_SYSTEM_T::model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const {
   return OPTIMIZER::model_hessian(set_, z_, positions, model);
+}
+
+VECTOR INTERNAL_SYSTEM_T::weights() const {
+  std::map<std::pair<int, int>, int> around;
+  const auto bond_of = [](const INTCOORD_T& c) { return std::minmax(c.atoms[1], c.atoms[2]); };
+  for (const INTCOORD_T& c : set_.coordinates)
+    if (c.kind == KIND::dihedral) ++around[bond_of(c)];
+  VECTOR weights = VECTOR::Ones(static_cast<Eigen::Index>(set_.coordinates.size()));
+  for (Eigen::Index n = 0; n < weights.size(); ++n) {
+    const INTCOORD_T& c = set_.coordinates[static_cast<std::size_t>(n)];
+    if (c.kind == KIND::dihedral) weights(n) = 1.0 / around[bond_of(c)];
+  }
+  return weights;
 }
 
 std::vector<HELD_T> INTERNAL_SYSTEM_T::held() const {

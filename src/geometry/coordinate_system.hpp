@@ -28,6 +28,8 @@ class COORDINATE_SYSTEM_T {
   /// Positions after the coordinates have changed by dq.
   virtual VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const = 0;
   virtual MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const = 0;
+  /// What a change of a coordinate counts in the length of a step.
+  virtual VECTOR weights() const = 0;
   virtual std::vector<HELD_T> held() const { return {}; }
   /// Makes the coordinates anew when the geometry has left their range; true when it did.
   virtual bool remade_for(const VECTOR&) { return false; }
@@ -44,6 +46,8 @@ class INTERNAL_SYSTEM_T : public COORDINATE_SYSTEM_T {
   MATRIX b_matrix(const VECTOR& positions) const override;
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override;
   MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override;
+  /// The dihedrals around one bond turn together, so they count as one.
+  VECTOR weights() const override;
   std::vector<HELD_T> held() const override;
   bool remade_for(const VECTOR& positions) override;
 
@@ -62,6 +66,7 @@ class CARTESIAN_SYSTEM_T : public COORDINATE_SYSTEM_T {
   MATRIX b_matrix(const VECTOR& positions) const override;
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override { return positions + dq; }
   MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override;
+  VECTOR weights() const override { return VECTOR::Ones(3 * static_cast<Eigen::Index>(z_.size())); }
 
  private:
   std::vector<int> z_;

@@ -22,6 +22,13 @@ MATRIX curvature_of_coordinates(const COORDINATE_SYSTEM_T& system, const COORDIN
   return 0.5 * (k + k.transpose());
 }
 
+/// (B^+)^T H B^+, and the stiff constant for what does not exist here.
+MATRIX from_cartesian(const MATRIX& cartesian, const INTERNAL_COORDS::FRAME_T& frame) {
+  const MATRIX inverse = frame.v * frame.sigma.cwiseInverse().asDiagonal() * frame.u.transpose();
+  const MATRIX dependent = MATRIX::Identity(frame.u.rows(), frame.u.rows()) - frame.u * frame.u.transpose();
+  return inverse.transpose() * cartesian * inverse + DEPENDENT_CONSTANT * dependent;
+}
+
 }  // namespace
 
 COORDINATE_POINT_T point_in_coordinates(const COORDINATE_SYSTEM_T& system, const VECTOR& positions,
@@ -35,17 +42,19 @@ COORDINATE_POINT_T point_in_coordinates(const COORDINATE_SYSTEM_T& system, const
 }
 
 MATRIX hessian_in_coordinates(const COORDINATE_SYSTEM_T& system, const COORDINATE_POINT_T& point, const MATRIX& cartesian) {
-  const INTERNAL_COORDS::FRAME_T& frame = point.frame;
-  const MATRIX corrected = cartesian - curvature_of_coordinates(system, point);
-  const MATRIX inverse = frame.v * frame.sigma.cwiseInverse().asDiagonal() * frame.u.transpose();  // of B, generalised
-  const MATRIX dependent = MATRIX::Identity(frame.u.rows(), frame.u.rows()) - frame.u * frame.u.transpose();
-  return inverse.transpose() * corrected * inverse + DEPENDENT_CONSTANT * dependent;
+  return from_cartesian(cartesian - curvature_of_coordinates(system, point), point.frame);
 }
 
 MATRIX hessian_in_cartesian(const COORDINATE_SYSTEM_T& system, const COORDINATE_POINT_T& point, const MATRIX& hessian) {
   const INTERNAL_COORDS::FRAME_T& frame = point.frame;
   const MATRIX b = frame.u * frame.sigma.asDiagonal() * frame.v.transpose();
   return b.transpose() * hessian * b + curvature_of_coordinates(system, point);
+}
+
+MATRIX hessian_in_new_coordinates(const MATRIX& hessian, const INTERNAL_COORDS::FRAME_T& before,
+                                  const INTERNAL_COORDS::FRAME_T& after) {
+  const MATRIX b = before.u * before.sigma.asDiagonal() * before.v.transpose();
+  return from_cartesian(b.transpose() * hessian * b, after);
 }
 
 }  // namespace zentrix::OPTIMIZER

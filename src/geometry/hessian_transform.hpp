@@ -28,4 +28,9 @@ MATRIX hessian_in_coordinates(const COORDINATE_SYSTEM_T& system, const COORDINAT
 /// H_x from H_q, in the space of the vibrations.
 MATRIX hessian_in_cartesian(const COORDINATE_SYSTEM_T& system, const COORDINATE_POINT_T& point, const MATRIX& hessian);
 
+/// H_q of other coordinates at the same point, K left out on both sides, so that a positive definite Hessian stays so: for
+/// minimisations whose coordinates are made anew.
+MATRIX hessian_in_new_coordinates(const MATRIX& hessian, const INTERNAL_COORDS::FRAME_T& before,
+                                  const INTERNAL_COORDS::FRAME_T& after);
+
 }  // namespace zentrix::OPTIMIZER

@@ -15,12 +15,28 @@ using INPUT_PARSER::MODEL_HESSIAN;
 /// Below this a coordinate would be free: steps along it could not be told from noise.
 constexpr double SMALLEST_CONSTANT = 1e-3;
 
+/// Torsion over a straight piece of several bonds: between the free turning of an alkyne (0) and the stiffness of a
+/// cumulene.
+constexpr double ACROSS_STRAIGHT_PIECE = 0.01;
+
+/// Six or nine dihedrals around a saturated bond add up; each gets this share, which brings the turning of ethane (0.022
+/// hartree) and of softer bonds within reach of the sum. Conjugated bonds, with four, are as stiff as the formula has them.
+constexpr double SHARE_OF_MANY_DIHEDRALS = 0.35;
+constexpr double SATURATED_BONDS = 5.0;
+
 /// Row of the periodic table as the pair parameters know it: 0, 1, and 2 for the third row and all below.
 int period(int z) { return z <= 2 ? 0 : z <= 10 ? 1 : 2; }
 
 class FORCE_FIELD_T {
  public:
   FORCE_FIELD_T(const COORDINATE_SET_T& set, const std::vector<int>& z, const VECTOR& x) : set_(set), z_(z), x_(x) {}
+
+  double constant(const INTCOORD_T& c, MODEL_HESSIAN model) const {
+    const bool over_straight_piece =
+        c.kind == KIND::dihedral && !c.through_space && set_.bonded(c.atoms[1] - 1, c.atoms[2] - 1) == 0;
+    if (over_straight_piece) return ACROSS_STRAIGHT_PIECE;
+    return model == MODEL_HESSIAN::diag ? lindh(c) : fischer_almloef(c);
+  }
 
   double lindh(const INTCOORD_T& c) const {
     const auto& a = c.atoms;
@@ -75,7 +91,9 @@ class FORCE_FIELD_T {
     const double around = std::max(bonds_of(a[1]) + bonds_of(a[2]) - 2, 1);
     const double r = distance(a[1], a[2]);
     const double r_covalent = covalent(a[1], a[2]);
-    return 0.0015 + 14.0 * std::pow(around, 0.57) / std::pow(r * r_covalent, 4.0) * std::exp(-2.85 * (r - r_covalent));
+    const double whole =
+        0.0015 + 14.0 * std::pow(around, 0.57) / std::pow(r * r_covalent, 4.0) * std::exp(-2.85 * (r - r_covalent));
+    return around >= SATURATED_BONDS ? SHARE_OF_MANY_DIHEDRALS * whole : whole;
   }
 
   const COORDINATE_SET_T& set_;
@@ -112,8 +130,7 @@ MATRIX model_hessian(const COORDINATE_SET_T& set, const std::vector<int>& z, con
   const auto n = static_cast<Eigen::Index>(set.coordinates.size());
   MATRIX hessian = MATRIX::Zero(n, n);
   for (Eigen::Index k = 0; k < n; ++k) {
-    const INTCOORD_T& coordinate = set.coordinates[static_cast<std::size_t>(k)];
-    const double constant = model == MODEL_HESSIAN::diag ? field.lindh(coordinate) : field.fischer_almloef(coordinate);
+    const double constant = field.constant(set.coordinates[static_cast<std::size_t>(k)], model);
     hessian(k, k) = std::max(constant, SMALLEST_CONSTANT);
   }
   if (model == MODEL_HESSIAN::full) add_couplings(set, field, positions, hessian);

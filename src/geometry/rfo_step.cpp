@@ -1,5 +1,7 @@
 #include "geometry/rfo_step.hpp"
 
+#include <Eigen/Cholesky>
+
 #include <cmath>
 
 #include "linalg/lapack.hpp"
@@ -11,6 +13,15 @@ namespace {
 void diagonalize(const MATRIX& matrix, VECTOR& values, MATRIX& vectors) {
   if (symmetric_eigen(matrix, values, vectors) != 0)
     throw run_stopped(" *** FATAL: Diagonalization of the model Hessian of the optimizer failed.");
+}
+
+/// hessian v = e metric v, v^T metric v = 1.
+void diagonalize_scaled(const MATRIX& hessian, const MATRIX& metric, VECTOR& values, MATRIX& vectors) {
+  const Eigen::LLT<MATRIX> factor(metric);
+  const MATRIX half = factor.matrixL().solve(hessian);
+  const MATRIX scaled = factor.matrixL().solve(half.transpose());
+  diagonalize(scaled, values, vectors);
+  vectors = factor.matrixU().solve(vectors).eval();
 }
 
 /// Components of the step along the eigenvectors; where gradient and denominator vanish together, none.
@@ -41,14 +52,14 @@ double shift_for_length(const VECTOR& eigenvalues, const VECTOR& forces, double 
 
 }  // namespace
 
-RFO_STEP_T rfo_step(const MATRIX& hessian, const VECTOR& gradient, double trust) {
+RFO_STEP_T rfo_step(const MATRIX& hessian, const VECTOR& gradient, const MATRIX& metric, double trust) {
   const Eigen::Index n = gradient.size();
   RFO_STEP_T result;
   result.step = VECTOR::Zero(n);
   if (n == 0) return result;
   VECTOR eigenvalues;
   MATRIX vectors;
-  diagonalize(hessian, eigenvalues, vectors);
+  diagonalize_scaled(hessian, metric, eigenvalues, vectors);
   const VECTOR forces = -(vectors.transpose() * gradient);
 
   MATRIX augmented = MATRIX::Zero(n + 1, n + 1);

@@ -87,3 +87,18 @@ TEST(OptimizationReport, ConstraintsHoldOrStopTheRun) {
                      "            use a Z-matrix scan instead (%job scan).\n"))
       << pair.report;
 }
+
+TEST(OptimizationReport, InterruptionKeepsTheGeometry) {
+  const std::string input = "%job opt\n%basis cc-pVTZ\n" + water_zmatrix;
+  const std::string command =
+      "mkfifo pipe; PROGRAM run.inp > pipe & program=$!; while read -r line; do echo \"$line\"; case \"$line\" in "
+      "Geometry\\ of\\ step\\ 2*) kill -s INT $program;; esac; done < pipe; wait $program";
+  const PROGRAM_RUN_T run = run_program_in_folder(input, "bash -c '" + command + "'");
+  EXPECT_EQ(run.status, 130) << run.report;
+  const std::size_t at = run.report.find("*** Run stopped by SIGINT during Section 5 (geometry optimization).\n");
+  ASSERT_NE(at, std::string::npos) << run.report;
+  // The lines of the step's own table come back below the stop (the shell's `read` drops leading blanks).
+  const std::size_t table = run.report.find("1  O ", run.report.find("Geometry of step 2"));
+  const std::string first_atom = run.report.substr(table, run.report.find('\n', table) - table);
+  EXPECT_NE(run.report.find("Last geometry (Angstrom):\n" + first_atom, at), std::string::npos) << run.report;
+}

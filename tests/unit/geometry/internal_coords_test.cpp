@@ -63,6 +63,24 @@ TEST(InternalCoords, CoordinatesSpanAllVibrations) {
   }
 }
 
+TEST(InternalCoords, LongChainsKeepTheirSoftestVibrations) {
+  // The bending of a zigzag chain as a whole changes every coordinate only a little.
+  std::string lines;
+  constexpr int length = 40;
+  for (int i = 0; i < length; ++i) {
+    const double side = i % 2 == 0 ? -1.0 : 1.0;
+    const std::string x = std::to_string(1.27 * i);
+    const std::string across = std::to_string(1.05 * side);
+    lines += "C " + x + " " + std::to_string(0.43 * side) + " 0\n";
+    lines += "H " + x + " " + across + " 0.89\nH " + x + " " + across + " -0.89\n";
+    if (i == 0) lines += "H -0.9 -1.03 0\n";
+    if (i == length - 1) lines += "H " + std::to_string(1.27 * i + 0.9) + " 1.03 0\n";
+  }
+  const STRUCTURE_T molecule = structure(lines);
+  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  EXPECT_EQ(frame_of(wilson_b(set, molecule.x)).v.cols(), molecule.x.size() - 6);
+}
+
 TEST(InternalCoords, KnownSetsAreFound) {
   const auto counts = [](const std::string& lines) {
     const STRUCTURE_T molecule = structure(lines);

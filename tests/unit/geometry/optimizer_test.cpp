@@ -5,6 +5,7 @@
 #include <random>
 #include <sstream>
 
+#include "geometry/coordinate_system.hpp"
 #include "geometry/hessian_update.hpp"
 #include "geometry/model_hessian.hpp"
 #include "geometry/optimizer.hpp"
@@ -249,7 +250,7 @@ TEST(RfoStep, IsTheMinimumOfTheModelOnTheSphere) {
   const VECTOR gradient = VECTOR::NullaryExpr(6, [&] { return 0.3 * normal(generator); });
   for (const double lift : {0.0, 8.0}) {  // indefinite and positive definite
     const MATRIX hessian = random + random.transpose() + lift * MATRIX::Identity(6, 6);
-    const RFO_STEP_T result = rfo_step(hessian, gradient, 0.02);
+    const RFO_STEP_T result = rfo_step(hessian, gradient, MATRIX::Identity(6, 6), 0.02);
     ASSERT_TRUE(result.limited);
     EXPECT_NEAR(result.step.norm(), 0.02, 1e-9);
     const auto model = [&](const VECTOR& s) { return gradient.dot(s) + 0.5 * s.dot(hessian * s); };
@@ -260,12 +261,36 @@ TEST(RfoStep, IsTheMinimumOfTheModelOnTheSphere) {
   }
 }
 
+TEST(RfoStep, LengthIsMeasuredInTheMetric) {
+  MATRIX hessian(2, 2);
+  hessian << 0.5, 0.1, 0.1, 0.3;
+  VECTOR gradient(2);
+  gradient << 0.2, -0.3;
+  MATRIX metric(2, 2);
+  metric << 4.0, 0.5, 0.5, 1.0;
+  const RFO_STEP_T result = rfo_step(hessian, gradient, metric, 0.1);
+  ASSERT_TRUE(result.limited);
+  EXPECT_NEAR(result.step.dot(metric * result.step), 0.01, 1e-9);
+  EXPECT_LT((hessian * result.step + gradient - result.shift * metric * result.step).norm(), 1e-9);
+}
+
+TEST(StepLength, DihedralsAroundABondCountAsOne) {
+  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
+  const STRUCTURE_T ring = structure(benzene);
+  for (const auto& [z, x] : {std::pair{molecule.z, molecule.x}, std::pair{ring.z, ring.x}}) {
+    const auto set = INTERNAL_COORDS::generate_coordinates(z, x);
+    const VECTOR weights = INTERNAL_SYSTEM_T(z, set, {}).weights();
+    const int bonds_with_dihedrals = z.size() == 4 ? 1 : 6;
+    EXPECT_NEAR(weights.sum(), set.n_bonds + set.n_angles + bonds_with_dihedrals, 1e-12);
+  }
+}
+
 TEST(RfoStep, UnlimitedStepSolvesTheAugmentedEquations) {
   MATRIX hessian(2, 2);
   hessian << 0.5, 0.1, 0.1, 0.3;
   VECTOR gradient(2);
   gradient << 0.01, -0.02;
-  const RFO_STEP_T result = rfo_step(hessian, gradient, 1.0);
+  const RFO_STEP_T result = rfo_step(hessian, gradient, MATRIX::Identity(2, 2), 1.0);
   EXPECT_FALSE(result.limited);
   EXPECT_LT((hessian * result.step + gradient - result.shift * result.step).norm(), 1e-12);
   EXPECT_NEAR(gradient.dot(result.step), result.shift, 1e-12);
