@@ -31,6 +31,14 @@ HESSIAN::HESSIAN_IDENTITY_T identity_of(const RUN_T& run) {
   return identity;
 }
 
+/// The energy of the run's last SCF with everything that its method adds.
+double total_energy(const RUN_T& run) {
+  double energy = run.scf.energy.total();
+  if (run.mp2) energy += run.mp2->energy();
+  for (const auto& term : run.nuclear_terms) energy += term->energy(GRADIENTS::positions_of(run.molecule));
+  return energy;
+}
+
 /// The integral store of the finished SCF; the displaced runs need the room for theirs.
 void release_store(RUN_T& run) {
   if (run.geometry) run.geometry->jk = INTEGRALS_2E::JK_BUILDER(run.geometry->molecule);
@@ -43,8 +51,10 @@ int read_cached_hessian(const RUN_T& run, const char* purpose, HESSIAN::HESSIAN_
   const auto status = static_cast<int>(HESSIAN::read_hessian_file(run.input.read_hess, identity_of(run), hessian, report));
   if (status != 0) {
     fmt::print(report, " *** FATAL: %read_hess validation failed (ierr={}).  Aborting {}.\n", status, purpose);
+    return status;
   }
-  return status;
+  hessian.energy = total_energy(run);
+  return 0;
 }
 
 void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {

@@ -16,9 +16,8 @@ int section_frequencies(RUN_T& run, std::ostream& report) {
   HESSIAN::HESSIAN_FILE_T hessian;
   if (computed) {
     compute_hessian(run, hessian, report);
-  } else {
-    if (const int status = read_cached_hessian(run, "frequency analysis", hessian, report); status != 0) return status;
-    hessian.energy = run.scf.energy.total();
+  } else if (const int status = read_cached_hessian(run, "frequency analysis", hessian, report); status != 0) {
+    return status;
   }
   if (const int status = analyse_hessian(run, hessian, computed, report); status != 0) return status;
   fmt::print(report, "   Section 6 time: {:.2f} s\n", timer_wall(STAGE::total) - start);

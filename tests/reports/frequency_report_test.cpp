@@ -59,7 +59,8 @@ TEST(FrequencyReport, WalksTheSectionsOfAFrequencyRun) {
 }
 
 TEST(FrequencyReport, ACachedHessianReplacesTheComputation) {
-  const std::string second = "sed 's/%job.*/%job freq\\n%read_hess run.hess/' run.inp > again.inp && PROGRAM again.inp";
+  const std::string second =
+      "sed 's/%job.*/%job freq\\n%disp d3\\n%read_hess run.hess/' run.inp > again.inp && PROGRAM again.inp";
   const PROGRAM_RUN_T run = run_program_in_folder("%job freq\n" + hydrogen, "PROGRAM run.inp > first && " + second);
   ASSERT_EQ(run.status, 0) << run.report;
   expect_in_order(run, {" --- Section 3: SCF ---\n", " --- Section 6: Hessian & Frequencies ---\n",
@@ -68,6 +69,9 @@ TEST(FrequencyReport, ACachedHessianReplacesTheComputation) {
                         "     Projected out 5 TR modes (linear molecule).\n", "   Vibrational modes: 1\n",
                         "   Molden file written to: again.molden\n"});
   EXPECT_FALSE(run.says("Computing numerical Hessian"));
+  // The energy is that of this run, dispersion included.
+  EXPECT_TRUE(run.says("     Dispersion (D3):"));
+  EXPECT_NEAR(run.number("Electronic energy E:"), run.number("     Total energy:"), 1e-9);
   EXPECT_EQ(run.files,
             (std::vector<std::string>{"again.inp", "again.molden", "first", "run.hess", "run.inp", "run.molden"}));
   const PROGRAM_RUN_T other = run_program_in_folder("%job freq\n" + hydrogen,
