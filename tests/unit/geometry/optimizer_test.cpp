@@ -161,6 +161,20 @@ TEST(Optimizer, RefusesWhatCartesianCoordinatesCannotDo) {
                                         "     not supported in v0.74.x.  This path is taken only for\n"));
 }
 
+TEST(Optimizer, ConstraintsThatCannotBeAppliedStopBeforeAnyWork) {
+  const STRUCTURE_T reference = structure(water);
+  PAIR_SURFACE_T surface(reference, reference.x);
+  OPTIMIZER_SETTINGS_T settings;
+  settings.constraints = {{'B', {1, 2}, {}}, {'D', {3, 1, 2, 7}, {}}};
+  std::ostringstream report;
+  OPTIMIZER_PRINTER_T printer(surface.molecule(), {}, report);
+  EXPECT_EQ(optimize(surface, settings, printer).outcome, OUTCOME::refused);
+  EXPECT_EQ(surface.evaluations, 0);
+  EXPECT_THAT(report.str(),
+              HasSubstr("   matched auto-generated bond #1\n *** ERROR: constraint 2: dihedral atom out of range.\n"
+                        " *** ERROR: failed to apply geometry constraints; aborting optimization.\n"));
+}
+
 TEST(Optimizer, ReportTellsEveryStepAndGeometry) {
   const STRUCTURE_T reference = structure(water);
   PAIR_SURFACE_T surface(reference, shaken(reference.x, 0.2, 1));
