@@ -17,9 +17,9 @@ CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=Release
 # The sanitizers run with what meets text from outside, with integrals and small SCF runs, and with one whole calculation of
 # every kind the report tests know; not with the few tests that take minutes there and go through the same code.
 SANITIZED_TARGETS = zentrix test_input test_molecule test_report test_dft test_dispersion test_solvation test_driver \
-                    test_reports fuzz_readers test_integrals test_scf
-SANITIZED_LABELS  = ^(input|molecule|report|dft|dispersion|solvation|driver|reports|fuzz|integrals|scf)$$
-SANITIZED_EXCEPT  = [RU]HF_GRID|DFT_GRID_OF|ForEveryElement|H_SHELLS|NEGLECTED|jk_accuracy
+                    test_reports fuzz_readers test_integrals test_scf test_correlation test_composite
+SANITIZED_LABELS  = ^(input|molecule|report|dft|dispersion|solvation|driver|reports|fuzz|integrals|scf|correlation|composite)$$
+SANITIZED_EXCEPT  = [RU]HF_GRID|DFT_GRID_OF|ForEveryElement|H_SHELLS|NEGLECTED|jk_accuracy|MP2.Agrees|ChangeAnOpenShell
 
 .PHONY: all run test test-release test-sanitize bench install format tidy clean packages test-packages bench-packages
 

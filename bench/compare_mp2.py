@@ -29,7 +29,7 @@ CASES = {
     "benzene/6-31G*": (BENZENE, "6-31G*", False, 6, 12000),
     "benzene/cc-pVDZ": (BENZENE, "cc-pVDZ", True, 6, 12000),
     "benzene/cc-pVTZ": (BENZENE, "cc-pVTZ", True, 6, 12000),
-    "benzene/cc-pVTZ/direct": (BENZENE, "cc-pVTZ", True, 6, 2000),
+    "benzene/cc-pVDZ/direct": (BENZENE, "cc-pVDZ", True, 6, 150),
 }
 
 

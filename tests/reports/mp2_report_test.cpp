@@ -96,7 +96,7 @@ TEST(Mp2Report, SkippedChannelsAndErrors) {
 }
 
 TEST(Mp2Report, DirectRunsWorkInBatches) {
-  const std::string input = "%method ump2\n%basis cc-pVTZ\n" + water;
+  const std::string input = "%method ump2\n%basis 6-311++G(2d,2p)\n" + water;
   const PROGRAM_RUN_T direct = run_program_in_folder("%eri_memory_limit_mb 1\n" + input);
   const PROGRAM_RUN_T stored = run_program_in_folder(input);
   ASSERT_EQ(direct.status, 0) << direct.report;

@@ -28,32 +28,37 @@ double contract(const ERI_PANELS& panels, const VECTOR& u, const VECTOR& v) {
   return total;
 }
 
-}  // namespace
-
 // (uu|vv) of two orbitals from the panels, stored or computed, against a Coulomb matrix: every integral must stand in its
-// place once, with its symmetry factor. Up to h functions, which no vector kernel serves.
-TEST(ERI_PANELS, HoldEveryIntegralOnce) {
-  for (const int l_max : {2, 4, 5}) {
-    const MOLECULE_T m = samples::mixed_molecule(l_max, l_max == 4);
-    const MATRIX orbitals = samples::random_symmetric(m.n_basis, 11).leftCols(2);
-    const MATRIX density = orbitals.col(1) * orbitals.col(1).transpose();
-    const JK_BUILDER builder(m);
-    const JK_RESULT_T jk = builder.build(std::span<const MATRIX>(&density, 1), {}, 1e-14);
-    const double expected = orbitals.col(0).dot(jk.j[0] * orbitals.col(0));
-    for (const kernels::ISA isa : samples::available_isas()) {
-      if (l_max == 5 && isa != samples::available_isas().back()) continue;  // slow, and no kernel is asked
-      const KERNEL_CHOICE_T kernels = choose_kernels(isa);
-      const SHELL_PAIRS_T data = make_shell_pairs(m, *kernels.table, kernels.lanes);
-      ERI_STORE_T store(data, kernels, 1e-14);
-      store.fill(data, kernels);
-      for (const ERI_STORE_T* source : {static_cast<const ERI_STORE_T*>(nullptr), static_cast<const ERI_STORE_T*>(&store)}) {
-        const ERI_PANELS panels(m, data, kernels, source, 1e-14);
-        const MATRIX components = panels.coefficients(orbitals);
-        ASSERT_EQ(components.rows(), panels.n_components());
-        const double found =
-            contract(panels, components.col(0), components.col(1)) + contract(panels, components.col(1), components.col(0));
-        EXPECT_NEAR(found, expected, 1e-10 * std::abs(expected)) << l_max;
-      }
+// place once, with its symmetry factor.
+void expect_every_integral_once(const MOLECULE_T& m, const std::vector<kernels::ISA>& isas) {
+  const MATRIX orbitals = samples::random_symmetric(m.n_basis, 11).leftCols(2);
+  const MATRIX density = orbitals.col(1) * orbitals.col(1).transpose();
+  const JK_RESULT_T jk = JK_BUILDER(m).build(std::span<const MATRIX>(&density, 1), {}, 1e-14);
+  const double expected = orbitals.col(0).dot(jk.j[0] * orbitals.col(0));
+  for (const kernels::ISA isa : isas) {
+    const KERNEL_CHOICE_T kernels = choose_kernels(isa);
+    const SHELL_PAIRS_T data = make_shell_pairs(m, *kernels.table, kernels.lanes);
+    ERI_STORE_T store(data, kernels, 1e-14);
+    store.fill(data, kernels);
+    for (const bool stored : {false, true}) {
+      const ERI_PANELS panels(m, data, kernels, stored ? &store : nullptr, 1e-14);
+      const MATRIX components = panels.coefficients(orbitals);
+      ASSERT_EQ(components.rows(), panels.n_components());
+      const double found =
+          contract(panels, components.col(0), components.col(1)) + contract(panels, components.col(1), components.col(0));
+      EXPECT_NEAR(found, expected, 1e-10 * std::abs(expected));
     }
   }
+}
+
+}  // namespace
+
+TEST(ERI_PANELS, HOLD_EVERY_INTEGRAL_ONCE) {
+  expect_every_integral_once(samples::mixed_molecule(2, false), samples::available_isas());
+  expect_every_integral_once(samples::mixed_molecule(4, true), samples::available_isas());
+}
+
+// No vector kernel serves them.
+TEST(ERI_PANELS, H_SHELLS_COME_FROM_THE_SCALAR_KERNEL) {
+  expect_every_integral_once(samples::mixed_molecule(5, false), {kernels::best_isa()});
 }
