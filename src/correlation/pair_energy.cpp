@@ -40,13 +40,13 @@ PAIR_ENERGY_T pair_energy(const PAIR_ORBITALS_T& orbitals, int i, int j, PAIR_WO
   PAIR_ENERGY_T pair;
   const double occupied = first.energy + second.energy;
   for (Eigen::Index b = 0; b < e_b.size(); ++b) {
-    const auto column = work.mo.col(b).array();
-    const auto amplitudes = (column / (occupied - e_b(b) - e_a.array())).eval();
-    pair.direct += (amplitudes * column).sum();
+    const auto column = work.mo.col(b);
+    work.amplitudes = column.array() / (occupied - e_b(b) - e_a.array());
+    pair.direct += work.amplitudes.dot(column);
     if (s == t) {
-      pair.exchange += (amplitudes * work.mo.row(b).transpose().array()).sum();
+      pair.exchange += work.amplitudes.dot(work.mo.row(b));
     } else {
-      pair.spin_overlap += (amplitudes * second.overlaps.array()).sum() * first.overlaps(b);
+      pair.spin_overlap += work.amplitudes.dot(second.overlaps) * first.overlaps(b);
     }
   }
   return pair;

@@ -36,6 +36,7 @@ struct PAIR_ENERGY_T {
 struct PAIR_WORK_T {
   MATRIX k;  ///< K^ij over the components of the panels: to be filled before the call
   MATRIX half, mo;
+  VECTOR amplitudes;
 };
 PAIR_ENERGY_T pair_energy(const PAIR_ORBITALS_T& orbitals, int i, int j, PAIR_WORK_T& work);
 

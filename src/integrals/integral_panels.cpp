@@ -63,32 +63,32 @@ MATRIX ERI_PANELS::coefficients(const MATRIX& orbitals) const {
   return result;
 }
 
-std::vector<STORE_SEGMENT_T> ERI_PANELS::segments_of(const PANEL_BRA_T& bra) const {
-  std::vector<STORE_SEGMENT_T> segments;
+void ERI_PANELS::find_kets(const PANEL_BRA_T& bra, std::vector<SPAN_T>& spans) const {
+  spans.clear();
   if (store_ != nullptr) {
     const std::vector<STORE_SEGMENT_T>& all = store_->segments();
     std::size_t n = first_segment_[static_cast<std::size_t>(bra.pair.list)][static_cast<std::size_t>(bra.pair.index)];
     for (; n < all.size() && all[n].bra.list == bra.pair.list && all[n].bra.index == bra.pair.index; ++n)
-      segments.push_back(all[n]);
-    return segments;
+      spans.push_back({all[n], nullptr});
+    return;
   }
   for (int ket_list = 0; ket_list <= bra.pair.list; ++ket_list) {
     const int kets = surviving_kets(data_, bra.pair, ket_list, threshold_);
-    if (kets > 0) segments.push_back({bra.pair, ket_list, kets, 0});
+    if (kets > 0) spans.push_back({{bra.pair, ket_list, kets, 0}, nullptr});
   }
-  return segments;
 }
 
 void ERI_PANELS::bra(const PANEL_BRA_T& bra, WORK_T& work, const std::function<void(const ERI_PANEL_T&)>& consume) const {
-  const std::vector<STORE_SEGMENT_T> segments = segments_of(bra);
-  const auto same_class = [&](const STORE_SEGMENT_T& x, const STORE_SEGMENT_T& y) {
-    const PAIR_LIST_T &p = data_.lists[static_cast<std::size_t>(x.ket_list)],
-                      &q = data_.lists[static_cast<std::size_t>(y.ket_list)];
+  find_kets(bra, work.spans_);
+  const auto same_class = [&](const SPAN_T& x, const SPAN_T& y) {
+    const PAIR_LIST_T &p = data_.lists[static_cast<std::size_t>(x.segment.ket_list)],
+                      &q = data_.lists[static_cast<std::size_t>(y.segment.ket_list)];
     return p.la == q.la && p.lb == q.lb;
   };
-  for (std::size_t first = 0, last = 0; first < segments.size(); first = last) {
-    while (last < segments.size() && same_class(segments[first], segments[last])) ++last;
-    ket_class(bra, segments.data() + first, segments.data() + last, work, consume);
+  const std::span<SPAN_T> spans = work.spans_;
+  for (std::size_t first = 0, last = 0; first < spans.size(); first = last) {
+    while (last < spans.size() && same_class(spans[first], spans[last])) ++last;
+    ket_class(bra, spans.subspan(first, last - first), work, consume);
   }
 }
 
@@ -105,19 +105,10 @@ ERI_PANEL_T ERI_PANELS::shape_of(const PAIR_LIST_T& kets) const {
   return panel;
 }
 
-void ERI_PANELS::ket_class(const PANEL_BRA_T& bra, const STORE_SEGMENT_T* first, const STORE_SEGMENT_T* last, WORK_T& work,
+void ERI_PANELS::ket_class(const PANEL_BRA_T& bra, std::span<SPAN_T> spans, WORK_T& work,
                            const std::function<void(const ERI_PANEL_T&)>& consume) const {
-  std::vector<SPAN_T> spans;
-  std::size_t needed = 0;
-  for (const STORE_SEGMENT_T* segment = first; segment != last; ++segment) {
-    spans.push_back({*segment, nullptr});
-    needed += segment_doubles(data_, *segment, kernels_.lanes);
-  }
-  if (store_ == nullptr && work.segments_.size() < needed) work.segments_ = ALIGNED_DOUBLES(needed);
-  std::size_t used = 0;
-  for (SPAN_T& span : spans) span.values = integrals(span.segment, work, used);
-
-  ERI_PANEL_T panel = shape_of(data_.lists[static_cast<std::size_t>(first->ket_list)]);
+  provide_integrals(spans, work);
+  ERI_PANEL_T panel = shape_of(data_.lists[static_cast<std::size_t>(spans[0].segment.ket_list)]);
   const int all = bra.n_a * bra.n_b;
   const int step = std::clamp(static_cast<int>(panel_bytes / (8 * panel.ab_stride)), 1, all);
   const auto doubles = static_cast<std::size_t>(step * panel.ab_stride);
@@ -134,12 +125,21 @@ void ERI_PANELS::ket_class(const PANEL_BRA_T& bra, const STORE_SEGMENT_T* first,
   }
 }
 
-const double* ERI_PANELS::integrals(const STORE_SEGMENT_T& segment, WORK_T& work, std::size_t& used) const {
-  if (store_ != nullptr) return store_->values() + segment.offset;
-  double* out = work.segments_.data() + used;
-  compute_segment(data_, kernels_, segment, 1e-3 * threshold_, boys_, work.quartets_, out);
-  used += segment_doubles(data_, segment, kernels_.lanes);
-  return out;
+/// Where the integrals of some kets lie: in the store, or in the buffer after they were computed.
+void ERI_PANELS::provide_integrals(std::span<SPAN_T> spans, WORK_T& work) const {
+  if (store_ != nullptr) {
+    for (SPAN_T& span : spans) span.values = store_->values() + span.segment.offset;
+    return;
+  }
+  std::size_t doubles = 0;
+  for (const SPAN_T& span : spans) doubles += segment_doubles(data_, span.segment, kernels_.lanes);
+  if (work.integrals_.size() < doubles) work.integrals_ = ALIGNED_DOUBLES(doubles);
+  double* out = work.integrals_.data();
+  for (SPAN_T& span : spans) {
+    compute_segment(data_, kernels_, span.segment, 1e-3 * threshold_, boys_, work.quartets_, out);
+    span.values = out;
+    out += segment_doubles(data_, span.segment, kernels_.lanes);
+  }
 }
 
 void ERI_PANELS::spread(const SPAN_T& span, const ERI_PANEL_T& panel, double* out) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "integrals/eri_store.hpp"
@@ -45,6 +46,12 @@ class ERI_PANELS {
   ERI_PANELS(const MOLECULE_T& functions, const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels,
              const ERI_STORE_T* store, double threshold);
 
+  /// Kets of one list and their integrals.
+  struct SPAN_T {
+    STORE_SEGMENT_T segment;
+    const double* values = nullptr;
+  };
+
   /// Buffers of one thread.
   class WORK_T {
    public:
@@ -53,7 +60,8 @@ class ERI_PANELS {
    private:
     friend class ERI_PANELS;
     QUARTET_WORK_T quartets_;
-    ALIGNED_DOUBLES segments_;  ///< computed integrals of one bra and ket class
+    std::vector<SPAN_T> spans_;  ///< all kets of one bra
+    ALIGNED_DOUBLES integrals_;  ///< computed ones of one bra and ket class
     ALIGNED_DOUBLES panel_;
   };
 
@@ -71,13 +79,9 @@ class ERI_PANELS {
   void bra(const PANEL_BRA_T& bra, WORK_T& work, const std::function<void(const ERI_PANEL_T&)>& consume) const;
 
  private:
-  struct SPAN_T {
-    STORE_SEGMENT_T segment;
-    const double* values = nullptr;
-  };
-  std::vector<STORE_SEGMENT_T> segments_of(const PANEL_BRA_T& bra) const;
-  const double* integrals(const STORE_SEGMENT_T& segment, WORK_T& work, std::size_t& used) const;
-  void ket_class(const PANEL_BRA_T& bra, const STORE_SEGMENT_T* first, const STORE_SEGMENT_T* last, WORK_T& work,
+  void find_kets(const PANEL_BRA_T& bra, std::vector<SPAN_T>& spans) const;
+  void provide_integrals(std::span<SPAN_T> spans, WORK_T& work) const;
+  void ket_class(const PANEL_BRA_T& bra, std::span<SPAN_T> spans, WORK_T& work,
                  const std::function<void(const ERI_PANEL_T&)>& consume) const;
   void spread(const SPAN_T& span, const ERI_PANEL_T& panel, double* out) const;
   ERI_PANEL_T shape_of(const PAIR_LIST_T& kets) const;
