@@ -63,7 +63,7 @@ INPUT_DATA_T input_of(const nlohmann::json& entry) {
   INPUT_DATA_T input = TESTS::sample_input(TESTS::geometry_of(entry["atoms"]), entry["basis"]);
   input.spherical = entry["spherical"];
   input.method = entry["method"];
-  input.grid = "7";
+  input.grid = "8";  // on level 7 the differences of Kohn-Sham energies are off by up to 4e-6
   input.charge = entry["states"][0][0];
   input.multiplicity = entry["states"][0][1];
   input.n_fragments = static_cast<int>(entry["isolated"].size());
@@ -128,7 +128,7 @@ TEST(Counterpoise, SumsAndOrderOfSteps) {
        {"  Boys-Bernardi counterpoise BSSE analysis  (2 fragments)\n",
         "  Note: dispersion (D3) is currently NOT applied to BSSE sub-energies.\n",
         "        1       -2.0000000000       -2.2500000000    -0.2500000000\n",
-        " SUM             -9.0000000000       -9.7500000000    -0.7500000000\n",
+        " SUM            -9.0000000000       -9.7500000000    -0.7500000000\n",
         "   E(complex)               =   -10.0000000000 Hartree\n",
         "   Uncorrected:   Delta_E    =    -1.0000000000 Ha   =  -627.509474 kcal/mol = -2625.499639 kJ/mol\n",
         "   Counterpoise:  Delta_E_CP =    -0.2500000000 Ha   =  -156.877369 kcal/mol =  -656.374910 kJ/mol\n",
