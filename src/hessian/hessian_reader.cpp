@@ -160,7 +160,7 @@ class FILE_PARSER_T {
     const auto handler = handlers.find(tag);
     if (handler == handlers.end()) return {};
     reader_.begin();
-    const FAULT_T result = (this->*handler->second)();
+    FAULT_T result = (this->*handler->second)();
     if (result.status == READ_STATUS::accepted) seen_.insert(tag);
     return result;
   }
@@ -176,7 +176,7 @@ class FILE_PARSER_T {
   FAULT_T read_method() { return read_text(content_.identity.method); }
   FAULT_T read_basis() { return read_text(content_.identity.basis); }
   FAULT_T read_ecp() {
-    const FAULT_T result = read_text(content_.identity.ecp);
+    FAULT_T result = read_text(content_.identity.ecp);
     if (lower(content_.identity.ecp) == "none") content_.identity.ecp.clear();
     return result;
   }
@@ -233,7 +233,7 @@ class FILE_PARSER_T {
                    fmt::format("$hessian: matrix size {} x {} but expected {}", rows, columns, dimension_));
     }
     // Stored row after row.
-    const FAULT_T result = read_columns(rows, columns, content_.hessian);
+    FAULT_T result = read_columns(rows, columns, content_.hessian);
     content_.hessian.transposeInPlace();
     return result;
   }

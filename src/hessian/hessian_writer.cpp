@@ -92,7 +92,7 @@ std::string hessian_file_text(const HESSIAN_FILE_T& content) {
 }
 
 std::string write_hessian_file(const std::string& base, const HESSIAN_FILE_T& content, std::ostream& report) {
-  const std::string name = unique_output_name(base, "hess", report);
+  std::string name = unique_output_name(base, "hess", report);
   if (!write_side_file(name, hessian_file_text(content))) {
     fmt::print(report, " *** WARNING: could not open Hessian file for writing: {}\n", name);
     return "";

@@ -177,7 +177,7 @@ std::string export_orbitals(const std::string& base, const MOLECULE_T& molecule,
     return "";
   }
   print_doubts(molecule, scf, report);
-  const std::string name = unique_output_name(base + "_mo", "molden", report);
+  std::string name = unique_output_name(base + "_mo", "molden", report);
   if (!write_side_file(name, orbitals_text(molecule, scf))) {
     fmt::print(report, " *** WARNING: %export_mo: could not open orbital file for writing: {}\n", name);
     return "";
@@ -191,7 +191,7 @@ std::string export_orbitals(const std::string& base, const MOLECULE_T& molecule,
 
 std::string write_vibrations(const std::string& base, const MOLECULE_T& molecule, const VECTOR& frequencies,
                              const MATRIX& modes, std::ostream& report) {
-  const std::string name = unique_output_name(base, "molden", report);
+  std::string name = unique_output_name(base, "molden", report);
   if (!write_side_file(name, vibrations_text(molecule, frequencies, modes))) {
     fmt::print(report, " *** WARNING: could not open Molden file for writing: {}\n", name);
     return "";
