@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "driver/job_table.hpp"
 #include "input/input_parser.hpp"
 
 namespace zentrix {
@@ -31,7 +30,6 @@ std::string missing_for_hessian(const INPUT_PARSER::INPUT_DATA_T& input) {
 using INPUT_PARSER::JOB;
 
 std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional) {
-  if (job_row(input.job).sections.empty()) return fmt::format("%job {}", INPUT_PARSER::job_word(input.job));
   if (functional.is_mp2() && input.job != JOB::energy && input.job != JOB::scan && input.job != JOB::bsse)
     return fmt::format("%job {} with %method {}", INPUT_PARSER::job_word(input.job), functional.name);
   if (input.pump2) return "%pump2";

@@ -18,8 +18,8 @@ const std::vector<JOB_ROW_T>& job_table() {
       {JOB::bsse, {section_counterpoise}},
       {JOB::scan, {section_rigid_scan}},
       {JOB::scanopt, {section_relaxed_scan}},
-      {JOB::ts, {}},
-      {JOB::ts_freq, {}},
+      {JOB::ts, {section_one_electron, section_transition_state, section_output}},
+      {JOB::ts_freq, {section_one_electron, section_transition_state, section_validation, section_output}},
   };
   return table;
 }

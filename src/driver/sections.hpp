@@ -24,6 +24,10 @@ namespace zentrix {
 [[nodiscard]] int section_relaxed_scan(RUN_T& run, std::ostream& report);
 /// 6: Hessian, frequencies, thermochemistry and their side files at the run's geometry.
 [[nodiscard]] int section_frequencies(RUN_T& run, std::ostream& report);
+/// 5/6: search for a transition state from the Hessian of a file or of the input geometry.
+[[nodiscard]] int section_transition_state(RUN_T& run, std::ostream& report);
+/// 6 after a search: Hessian and frequencies of the structure found.
+[[nodiscard]] int section_validation(RUN_T& run, std::ostream& report);
 /// 7: final energies, populations, dipole moment, orbitals.
 [[nodiscard]] int section_output(RUN_T& run, std::ostream& report);
 /// Counterpoise analysis: a job of its own after Section 1.

@@ -24,15 +24,18 @@ void SADDLE_PRINTER_T::coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T&
   INTERNAL_COORDS::print_summary(set, report_);
 }
 
-void SADDLE_PRINTER_T::started(bool internal, const THRESHOLDS_T& thresholds, const VECTOR& eigenvalues) {
+void SADDLE_PRINTER_T::started(bool internal, const THRESHOLDS_T& thresholds) {
   fmt::print(report_, "\n{}\n   Transition-State Search (P-RFO / {} Coordinates)\n{}\n", rule,
              internal ? "Internal" : "Cartesian", rule);
-  fmt::print(report_, "   Lowest eigenvalues of the starting Hessian (hartree per squared bohr or radian):\n");
-  for (Eigen::Index k = 0; k < std::min(eigenvalues.size(), eigenvalues_shown); ++k)
-    fmt::print(report_, "     mode {:3d}: {:12.6f}\n", k + 1, eigenvalues(k));
   fmt::print(report_, "                                     max|g|    rms(g)    max|dx|   rms(dx)\n");
   fmt::print(report_, "   Convergence when below:       {:10.6f}{:10.6f}{:11.6f}{:10.6f}\n", thresholds.max_gradient,
              thresholds.rms_gradient, thresholds.max_step, thresholds.rms_step);
+}
+
+void SADDLE_PRINTER_T::modes_known(const VECTOR& eigenvalues) {
+  fmt::print(report_, "\n   Lowest eigenvalues of the starting Hessian (hartree per squared bohr or radian):\n");
+  for (Eigen::Index k = 0; k < std::min(eigenvalues.size(), eigenvalues_shown); ++k)
+    fmt::print(report_, "     mode {:3d}: {:12.6f}\n", k + 1, eigenvalues(k));
 }
 
 void SADDLE_PRINTER_T::mode_refused(int mode, int n_modes) {

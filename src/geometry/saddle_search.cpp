@@ -51,15 +51,14 @@ class SEARCH_T {
            SADDLE_OBSERVER_T& observer)
       : surface_(surface), system_(system), settings_(settings), observer_(observer) {}
 
-  /// `internal`: whether the coordinates are internal ones, for the report.
-  SADDLE_POINT_T run(const MATRIX& cartesian_hessian, bool internal) {
+  SADDLE_POINT_T run(const MATRIX& cartesian_hessian) {
     VECTOR x = GRADIENTS::positions_of(surface_.molecule());
     result_.outcome = OUTCOME::step_limit;
     for (int step = 1; step <= settings_.max_steps; ++step) {
       observer_.evaluating(step, x);
       if (!evaluate(step, x)) break;
       const COORDINATE_POINT_T here = point_in_coordinates(system_, x, result_.point.gradient);
-      if (step == 1 && !start(here, cartesian_hessian, internal)) return result_;
+      if (step == 1 && !start(here, cartesian_hessian)) return result_;
       const VECTOR dq = last_ ? system_.difference(here.values, last_->values) : VECTOR::Zero(here.values.size());
       if (last_) learn_from(here, dq);
       const MODES_T modes = modes_of(hessian_, here.frame);
@@ -110,11 +109,11 @@ class SEARCH_T {
   }
 
   /// Hessian and mode of the first point; false when the mode asked for does not exist.
-  bool start(const COORDINATE_POINT_T& here, const MATRIX& cartesian_hessian, bool internal) {
+  bool start(const COORDINATE_POINT_T& here, const MATRIX& cartesian_hessian) {
     hessian_ = hessian_in_coordinates(system_, here, cartesian_hessian);
     const MODES_T modes = modes_of(hessian_, here.frame);
     const auto n_modes = static_cast<int>(modes.eigenvalues.size());
-    observer_.started(internal, settings_.thresholds, modes.eigenvalues);
+    observer_.modes_known(modes.eigenvalues);
     if (settings_.mode > n_modes || n_modes == 0) {
       observer_.mode_refused(settings_.mode, n_modes);
       result_.outcome = OUTCOME::refused;
@@ -204,12 +203,14 @@ SADDLE_POINT_T find_saddle(GRADIENTS::ENERGY_SURFACE_T& surface, const MATRIX& h
     COORDINATE_SET_T set = generate_coordinates(z, x);
     if (internals_serve(set, x)) {
       observer.coordinates_made(set);
+      observer.started(true, settings.thresholds);
       OPTIMIZER::INTERNAL_SYSTEM_T system(z, std::move(set), {});
-      return SEARCH_T(surface, system, settings, observer).run(hessian, true);
+      return SEARCH_T(surface, system, settings, observer).run(hessian);
     }
   }
+  observer.started(false, settings.thresholds);
   OPTIMIZER::CARTESIAN_SYSTEM_T system(z);
-  return SEARCH_T(surface, system, settings, observer).run(hessian, false);
+  return SEARCH_T(surface, system, settings, observer).run(hessian);
 }
 
 }  // namespace zentrix::TRANSITION_STATE

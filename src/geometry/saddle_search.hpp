@@ -41,7 +41,9 @@ class SADDLE_OBSERVER_T {
  public:
   virtual ~SADDLE_OBSERVER_T() = default;
   virtual void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T&) {}
-  virtual void started(bool /*internal*/, const THRESHOLDS_T&, const VECTOR& /*eigenvalues*/) {}
+  virtual void started(bool /*internal*/, const THRESHOLDS_T&) {}
+  /// Of the starting Hessian, ascending, once the first gradient is known.
+  virtual void modes_known(const VECTOR& /*eigenvalues*/) {}
   virtual void mode_refused(int /*mode*/, int /*number of modes*/) {}
   /// Before the surface is asked.
   virtual void evaluating(int /*step*/, const VECTOR& /*positions*/) {}

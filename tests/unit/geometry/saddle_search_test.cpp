@@ -88,7 +88,7 @@ struct RECORD_T : SADDLE_OBSERVER_T {
   std::vector<FOLLOWED_MODE_T> followed;
   bool internal = false;
   int refused_modes = 0;
-  void started(bool in_internals, const THRESHOLDS_T&, const VECTOR&) override { internal = in_internals; }
+  void started(bool in_internals, const THRESHOLDS_T&) override { internal = in_internals; }
   void mode_refused(int, int n_modes) override { refused_modes = n_modes; }
   void evaluated(const STEP_ROW_T&, const FOLLOWED_MODE_T& mode) override { followed.push_back(mode); }
 };
