@@ -19,6 +19,10 @@ using namespace INTERNAL_COORDS;
 using OPTIMIZER::COORDINATE_POINT_T;
 using OPTIMIZER::COORDINATE_SYSTEM_T;
 
+/// Larger than those of minimisations: the starting Hessian is the exact one, not a model.
+constexpr double SADDLE_TRUST_START = 0.3;
+constexpr double SADDLE_TRUST_MAX = 0.5;
+
 /// The Hessian in the independent coordinates of a point.
 struct MODES_T {
   VECTOR eigenvalues;  ///< ascending
@@ -154,7 +158,7 @@ class SEARCH_T {
 
   void learn_from(const COORDINATE_POINT_T& here, const VECTOR& dq) {
     const double predicted = last_->gradient.dot(dq) + 0.5 * dq.dot(hessian_ * dq);
-    trust_ = OPTIMIZER::next_trust(trust_, agreement(energy_change_, predicted));
+    trust_ = OPTIMIZER::next_trust(trust_, agreement(energy_change_, predicted), SADDLE_TRUST_MAX);
     OPTIMIZER::bofill_update(hessian_, dq, here.gradient - last_->gradient);
   }
 
@@ -174,7 +178,7 @@ class SEARCH_T {
   VECTOR followed_vector_;
   FOLLOWED_MODE_T followed_;
   double energy_change_ = 0.0;
-  double trust_ = OPTIMIZER::TRUST_START;
+  double trust_ = SADDLE_TRUST_START;
 };
 
 /// Internal coordinates serve when they see every vibration and the atoms are not on one line.
