@@ -10,10 +10,10 @@ double energy_ratio(double actual, double predicted) {
   return std::abs(predicted) < no_prediction ? 1.0 : actual / predicted;
 }
 
-double next_trust(double trust, double ratio, double largest) {
+double next_trust(double trust, double ratio) {
   if (ratio < 0.0) return std::max(0.25 * trust, TRUST_MIN);
   if (ratio < 0.25) return std::max(0.5 * trust, TRUST_MIN);
-  if (ratio > 0.75) return std::min(1.2 * trust, largest);
+  if (ratio > 0.75) return std::min(1.2 * trust, TRUST_MAX);
   return trust;
 }
 

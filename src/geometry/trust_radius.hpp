@@ -10,7 +10,7 @@ inline constexpr double TRUST_MAX = 0.3;
 double energy_ratio(double actual, double predicted);
 
 /// The next trust radius: a quarter after a rise, half after a poor step, a fifth more after a very good one (R. Fletcher,
-/// Practical Methods of Optimization, 1987), at most `largest`.
-double next_trust(double trust, double ratio, double largest = TRUST_MAX);
+/// Practical Methods of Optimization, 1987).
+double next_trust(double trust, double ratio);
 
 }  // namespace zentrix::OPTIMIZER
