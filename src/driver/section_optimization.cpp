@@ -1,9 +1,8 @@
 #include <fmt/ostream.h>
 
-#include <sstream>
-
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
+#include "driver/moving_geometry.hpp"
 #include "driver/sections.hpp"
 #include "geometry/optimizer.hpp"
 #include "geometry/optimizer_report.hpp"
@@ -22,10 +21,7 @@ class PRINTER_T : public OPTIMIZER::OPTIMIZER_PRINTER_T {
       : OPTIMIZER_PRINTER_T(run.molecule, {run.input.zmatrix, run.input.print_grad}, report),
         symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
   void evaluating(int step, const VECTOR& positions) override {
-    std::ostringstream note;
-    note << "     Last geometry (Angstrom):\n";
-    INTERNAL_COORDS::print_positions(symbols_, positions, note);
-    set_interrupt_note(note.str());
+    keep_for_interruption(symbols_, positions);
     OPTIMIZER_PRINTER_T::evaluating(step, positions);
   }
 
@@ -45,11 +41,7 @@ int section_optimization(RUN_T& run, std::ostream& report) {
     const OPTIMIZER::OPTIMIZATION_T result = OPTIMIZER::optimize(*surface, OPTIMIZER::settings_from(run.input), printer);
     if (result.outcome == OPTIMIZER::OUTCOME::refused) return 1;
     if (result.outcome != OPTIMIZER::OUTCOME::converged) run.converged = false;
-    run.optimized = true;
-    run.scf = surface->last_scf();
-    run.geometry = surface->take_geometry();
-    run.molecule = GRADIENTS::moved(run.molecule, result.positions);
-    set_interrupt_note("");
+    settle(run, *surface, result.positions);
   }
   fmt::print(report, "   Optimization time: {:.2f} s\n", timer_wall(STAGE::optimizer));
   return 0;

@@ -2,8 +2,10 @@
 
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
+#include "driver/moving_geometry.hpp"
 #include "driver/run_hessian.hpp"
 #include "driver/sections.hpp"
+#include "geometry/positions_report.hpp"
 #include "geometry/saddle_report.hpp"
 #include "geometry/saddle_search.hpp"
 #include "report/layout.hpp"
@@ -20,19 +22,30 @@ namespace {
   return 0;
 }
 
+/// Keeps the geometry in hand for an interruption as well.
+class PRINTER_T : public TRANSITION_STATE::SADDLE_PRINTER_T {
+ public:
+  PRINTER_T(const RUN_T& run, std::ostream& report)
+      : SADDLE_PRINTER_T(run.molecule, report), symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
+  void evaluating(int step, const VECTOR& positions) override {
+    keep_for_interruption(symbols_, positions);
+    SADDLE_PRINTER_T::evaluating(step, positions);
+  }
+
+ private:
+  std::vector<std::string> symbols_;
+};
+
 /// Searches, and leaves the run at the structure found.
 [[nodiscard]] int search(RUN_T& run, const MATRIX& hessian, std::ostream& report) {
   const STAGE_TIMER timer(STAGE::optimizer);
   const auto surface = method_surface(run, &report);
-  TRANSITION_STATE::SADDLE_PRINTER_T printer(run.molecule, report);
+  PRINTER_T printer(run, report);
   const TRANSITION_STATE::SADDLE_POINT_T found =
       TRANSITION_STATE::find_saddle(*surface, hessian, TRANSITION_STATE::settings_from(run.input), printer);
   if (found.outcome == TRANSITION_STATE::OUTCOME::refused) return 1;
   if (found.outcome != TRANSITION_STATE::OUTCOME::converged) run.converged = false;
-  run.optimized = true;
-  run.scf = surface->last_scf();
-  run.geometry = surface->take_geometry();
-  run.molecule = GRADIENTS::moved(run.molecule, found.positions);
+  settle(run, *surface, found.positions);
   return 0;
 }
 

@@ -57,8 +57,10 @@ std::vector<HELD_T> INTERNAL_SYSTEM_T::held() const {
   return held;
 }
 
+bool INTERNAL_SYSTEM_T::suits(const VECTOR& positions) const { return still_suited(set_, positions); }
+
 bool INTERNAL_SYSTEM_T::remade_for(const VECTOR& positions) {
-  if (still_suited(set_, positions)) return false;
+  if (suits(positions)) return false;
   COORDINATE_SET_T anew = generate_coordinates(z_, positions);
   std::vector<CONSTRAINT_MATCH_T> matches;
   const int status = apply_constraints(constraints_, positions, anew, matches);

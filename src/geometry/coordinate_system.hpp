@@ -31,6 +31,8 @@ class COORDINATE_SYSTEM_T {
   /// What a change of a coordinate counts in the length of a step.
   virtual VECTOR weights() const = 0;
   virtual std::vector<HELD_T> held() const { return {}; }
+  /// Whether the coordinates can describe the geometry: false where an angle became linear or ceased to be.
+  virtual bool suits(const VECTOR& /*positions*/) const { return true; }
   /// Makes the coordinates anew when the geometry has left their range; true when it did.
   virtual bool remade_for(const VECTOR&) { return false; }
 };
@@ -49,6 +51,7 @@ class INTERNAL_SYSTEM_T : public COORDINATE_SYSTEM_T {
   /// The dihedrals around one bond turn together, so they count as one.
   VECTOR weights() const override;
   std::vector<HELD_T> held() const override;
+  bool suits(const VECTOR& positions) const override;
   bool remade_for(const VECTOR& positions) override;
 
  private:

@@ -23,9 +23,6 @@ struct VISITED_T : COORDINATE_POINT_T {
   VECTOR cartesian_gradient;
 };
 
-double rms(const VECTOR& v) { return v.size() > 0 ? std::sqrt(v.squaredNorm() / static_cast<double>(v.size())) : 0.0; }
-double largest(const VECTOR& v) { return v.size() > 0 ? v.lpNorm<Eigen::Infinity>() : 0.0; }
-
 class MINIMIZER_T {
  public:
   MINIMIZER_T(GRADIENTS::ENERGY_SURFACE_T& surface, COORDINATE_SYSTEM_T& system, const THRESHOLDS_T& thresholds,
@@ -80,29 +77,17 @@ class MINIMIZER_T {
     }
     limit_ = std::numeric_limits<double>::infinity();
     best_ = std::move(here);
-    if (!below_thresholds(row) || parts.error >= HELD_TOLERANCE) return true;
+    if (!below(row, thresholds_) || parts.error >= HELD_TOLERANCE) return true;
     result_.outcome = OUTCOME::converged;
     return false;
   }
 
   STEP_ROW_T tell(int step, const VISITED_T& here, const SPLIT_T& parts, const VECTOR& dq) {
-    const VECTOR gradient = free_gradient(here, parts);
-    STEP_ROW_T row;
-    row.step = step;
-    row.energy = here.energy;
-    row.energy_change = step > 1 ? here.energy - previous_energy_ : 0.0;
-    row.max_gradient = largest(gradient);
-    row.rms_gradient = rms(gradient);
-    row.max_step = largest(dq);
-    row.rms_step = rms(dq);
+    const double change = step > 1 ? here.energy - previous_energy_ : 0.0;
+    const STEP_ROW_T row = step_row(step, here.energy, change, free_gradient(here, parts), dq);
     previous_energy_ = here.energy;
     observer_.evaluated(row, here.cartesian_gradient);
     return row;
-  }
-
-  bool below_thresholds(const STEP_ROW_T& row) const {
-    return row.max_gradient < thresholds_.max_gradient && row.rms_gradient < thresholds_.rms_gradient &&
-           row.max_step < thresholds_.max_step && row.rms_step < thresholds_.rms_step;
   }
 
   /// Trust radius and Hessian from the step that was made.

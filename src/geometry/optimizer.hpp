@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "geometry/internal_coords.hpp"
+#include "geometry/step_row.hpp"
 #include "gradients/energy_surface.hpp"
 #include "input/input_data.hpp"
 
@@ -10,14 +11,6 @@
 // function steps) or in Cartesian ones.
 
 namespace zentrix::OPTIMIZER {
-
-/// All four below their limits: converged. Hartree and bohr (radian) in the coordinates of the optimiser.
-struct THRESHOLDS_T {
-  double max_gradient = 4.5e-4;
-  double rms_gradient = 3e-4;
-  double max_step = 1.8e-3;
-  double rms_step = 1.2e-3;
-};
 
 struct OPTIMIZER_SETTINGS_T {
   int max_steps = 50;
@@ -37,17 +30,6 @@ struct OPTIMIZATION_T {
   int steps = 0;                     ///< evaluations of the surface
   VECTOR positions;                  ///< of the last evaluation, bohr
   GRADIENTS::SURFACE_POINT_T point;  ///< energy and gradient there
-};
-
-/// One row of the table.
-struct STEP_ROW_T {
-  int step = 0;
-  double energy = 0.0;
-  double energy_change = 0.0;  ///< from the previous row
-  double max_gradient = 0.0;
-  double rms_gradient = 0.0;
-  double max_step = 0.0;  ///< of the step that led here; step 1 has none
-  double rms_step = 0.0;
 };
 
 enum class REFUSAL { constraints_need_internals, constraints_failed, solvated_cartesian };

@@ -1,6 +1,5 @@
 #include "geometry/saddle_search.hpp"
 
-#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -39,9 +38,6 @@ MODES_T modes_of(const MATRIX& hessian, const FRAME_T& frame) {
   return modes;
 }
 
-double rms(const VECTOR& v) { return v.size() > 0 ? std::sqrt(v.squaredNorm() / static_cast<double>(v.size())) : 0.0; }
-double largest(const VECTOR& v) { return v.size() > 0 ? v.lpNorm<Eigen::Infinity>() : 0.0; }
-
 /// How good a step was for `next_trust`: 1 when the quadratic model was right, less when it missed to either side, as a
 /// saddle point is approached uphill and downhill at once.
 double agreement(double actual, double predicted) {
@@ -67,10 +63,11 @@ class SEARCH_T {
       if (last_) learn_from(here, dq);
       const MODES_T modes = modes_of(hessian_, here.frame);
       follow(modes);
-      const STEP_ROW_T row = tell(step, here, dq);
+      const STEP_ROW_T row = OPTIMIZER::step_row(step, result_.point.energy, energy_change_, here.gradient, dq);
+      observer_.evaluated(row, followed_);
       result_.negative_eigenvalues = static_cast<int>((modes.eigenvalues.array() < 0.0).count());
       last_ = here;
-      if (step > 1 && below_thresholds(row)) {
+      if (step > 1 && OPTIMIZER::below(row, settings_.thresholds)) {
         result_.outcome = OUTCOME::converged;
         break;
       }
@@ -100,6 +97,7 @@ class SEARCH_T {
   /// When the coordinates are made anew, the Hessian goes over through its Cartesian form at the last point, where old and
   /// new ones both exist.
   void renew_coordinates(const VECTOR& x) {
+    if (system_.suits(x)) return;
     const VECTOR cartesian_gradient =
         last_->frame.v * last_->frame.sigma.asDiagonal() * (last_->frame.u.transpose() * last_->gradient);
     const MATRIX cartesian = hessian_in_cartesian(system_, *last_, hessian_);
@@ -135,25 +133,6 @@ class SEARCH_T {
     followed_.mode = static_cast<int>(best) + 1;
     followed_.eigenvalue = modes.eigenvalues(best);
     followed_vector_ = modes.vectors.col(best);
-  }
-
-  STEP_ROW_T tell(int step, const COORDINATE_POINT_T& here, const VECTOR& dq) {
-    STEP_ROW_T row;
-    row.step = step;
-    row.energy = result_.point.energy;
-    row.energy_change = energy_change_;
-    row.max_gradient = largest(here.gradient);
-    row.rms_gradient = rms(here.gradient);
-    row.max_step = largest(dq);
-    row.rms_step = rms(dq);
-    observer_.evaluated(row, followed_);
-    return row;
-  }
-
-  bool below_thresholds(const STEP_ROW_T& row) const {
-    const THRESHOLDS_T& limit = settings_.thresholds;
-    return row.max_gradient < limit.max_gradient && row.rms_gradient < limit.rms_gradient && row.max_step < limit.max_step &&
-           row.rms_step < limit.rms_step;
   }
 
   void learn_from(const COORDINATE_POINT_T& here, const VECTOR& dq) {

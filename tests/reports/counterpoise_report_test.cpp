@@ -15,17 +15,13 @@ const std::string helium = "%job bsse\n%basis 6-31G**\n%geo\nHe 0 0 0 1\nHe 0 0 
 TEST(CounterpoiseReport, AllStepsAndTheSummary) {
   const PROGRAM_RUN_T run = run_program_in_folder(helium);
   ASSERT_EQ(run.status, 0) << run.report;
-  std::size_t at = 0;
-  for (const char* text : {"   BSSE: 2 fragments detected:\n", "Boys-Bernardi counterpoise BSSE analysis  (2 fragments)\n",
-                           " --- BSSE step 1: full complex (full basis) ---\n",
-                           " --- BSSE step 2a: fragment 1 (isolated, fragment basis) ---\n",
-                           " --- BSSE step 2b: fragment 1 (with ghost basis on other fragments) ---\n",
-                           " --- BSSE step 2a: fragment 2 (isolated, fragment basis) ---\n",
-                           " --- BSSE step 2b: fragment 2 (with ghost basis on other fragments) ---\n",
-                           "  BSSE / Counterpoise Summary\n", "  Zentrix run completed.\n"}) {
-    at = run.report.find(text, at);
-    ASSERT_NE(at, std::string::npos) << text << "missing or out of order in\n" << run.report;
-  }
+  expect_in_order(run, {"   BSSE: 2 fragments detected:\n", "Boys-Bernardi counterpoise BSSE analysis  (2 fragments)\n",
+                        " --- BSSE step 1: full complex (full basis) ---\n",
+                        " --- BSSE step 2a: fragment 1 (isolated, fragment basis) ---\n",
+                        " --- BSSE step 2b: fragment 1 (with ghost basis on other fragments) ---\n",
+                        " --- BSSE step 2a: fragment 2 (isolated, fragment basis) ---\n",
+                        " --- BSSE step 2b: fragment 2 (with ghost basis on other fragments) ---\n",
+                        "  BSSE / Counterpoise Summary\n", "  Zentrix run completed.\n"});
   for (const char* text : {"Section 2", "Section 3", "Section 7"}) EXPECT_FALSE(run.says(text)) << text;
   const double uncorrected = run.number("   Uncorrected:   Delta_E    = ");
   const double corrected = run.number("   Counterpoise:  Delta_E_CP = ");

@@ -14,15 +14,6 @@ const std::string water_geometry = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 
 constexpr double water_sto3g = -74.9630231629;
 constexpr double water_631gs = -76.0105049953;
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 TEST(EnergyReport, WalksTheSectionsOfAnEnergyRun) {

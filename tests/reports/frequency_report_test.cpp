@@ -13,15 +13,6 @@ namespace {
 const std::string water = "%basis 6-31G*\n%geo\nO 0 0 0.108572\nH 0 0.754065 -0.464836\nH 0 -0.754065 -0.464836\n*end\n";
 const std::string hydrogen = "%geo\nH 0 0 0\nH 0 0 0.71\n*end\n";
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 TEST(FrequencyReport, WalksTheSectionsOfAFrequencyRun) {

@@ -11,15 +11,6 @@ namespace {
 
 const std::string water = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -0.4692\n*end\n";
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 // Figures of tests/reference/mp2.json.

@@ -11,15 +11,6 @@ namespace {
 
 const std::string water_zmatrix = "%gz\nO\nH 1 0.96\nH 1 0.96 2 104.5\n*end\n";
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing after position " << at << ":\n" << text << "\nin\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 TEST(OptimizationReport, EndsInSectionSevenWithTheLastScf) {

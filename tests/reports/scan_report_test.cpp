@@ -13,15 +13,6 @@ namespace {
 std::string water(const std::string& angle) { return "%gz\nO\nH 1 0.96\nH 1 0.96 2 " + angle + "\n*end\n"; }
 const std::string bending = "%scan\nA 3 from 95 to 125 step 10\n*end\n";
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 TEST(ScanReport, WaterBendingOnTheMp2Surface) {

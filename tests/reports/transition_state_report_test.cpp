@@ -12,15 +12,6 @@ namespace {
 // Start of the search set of J. Baker and F. Chan, J. Comput. Chem. 17 (1996) 888; their HF/3-21G energy is -92.24604.
 const std::string isomerisation = "%basis 3-21G\n%geo\nC 0 0 0\nN 0 0 1.14838\nH 1.58536 0 1.14838\n*end\n";
 
-void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
-  std::size_t at = 0;
-  for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
-    at = found + text.size();
-  }
-}
-
 }  // namespace
 
 TEST(TransitionStateReport, FindsAndValidatesThePublishedSaddlePoint) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -60,6 +61,16 @@ inline PROGRAM_RUN_T run_program_in_folder(const std::string& input, const std::
   for (const auto& entry : std::filesystem::directory_iterator(folder.path())) run.files.push_back(entry.path().filename());
   std::sort(run.files.begin(), run.files.end());
   return run;
+}
+
+/// Every text stands in the report, each behind the one before.
+inline void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
+  std::size_t at = 0;
+  for (const std::string& text : texts) {
+    const std::size_t found = run.report.find(text, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
+    at = found + text.size();
+  }
 }
 
 }  // namespace zentrix
