@@ -40,6 +40,7 @@ function(zentrix_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(test_${name} ${ARG_SOURCES})
   target_link_libraries(test_${name} PRIVATE ${ARG_LINKS} zx_flags zx_test_support GTest::gtest GTest::gmock GTest::gtest_main)
+  target_compile_options(test_${name} PRIVATE $<$<CONFIG:Release>:-O1>)  # what is to be fast is in the libraries
   gtest_discover_tests(test_${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}."
                        PROPERTIES LABELS ${name})
 endfunction()

@@ -208,7 +208,7 @@ struct GRADIENT_OF_CLASS {
     load_densities(batch, target, NAB, NC, ND, c, d);
     const DENSITY_LANES_T densities{c, d, target.count};
 
-    vec own_x[SMALL ? NX * NF : 1], own_contracted[SMALL ? NS * NF + 1 : 1];
+    vec own_x[SMALL ? NX * NF : 1], own_contracted[SMALL ? NS * NF + 1 : 1] = {};
     vec* x = SMALL ? own_x : take(NX * NF);
     vec* contracted = SMALL ? own_contracted : take(NS * NF);
     vec* work = SMALL ? nullptr : take(RECURSION::WORK);

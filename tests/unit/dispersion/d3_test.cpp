@@ -163,14 +163,6 @@ TEST(D3, TranslationRotationThreadsAndInstructionSets) {
   }
 }
 
-TEST(D3, CoordinationNumbersOfKnownStructures) {
-  const ATOMS_T methane = atoms_of(nlohmann::json::parse(
-      R"([["C",0,0,0],["H",0.629,0.629,0.629],["H",-0.629,-0.629,0.629],["H",-0.629,0.629,-0.629],["H",0.629,-0.629,-0.629]])"));
-  const VECTOR numbers = D3_T(parameters_of("HF"), published_data(), methane.z).coordination_numbers(methane.positions);
-  EXPECT_NEAR(numbers(0), 4.0, 0.05);
-  EXPECT_NEAR(numbers(1), 1.0, 0.05);
-}
-
 TEST(D3, AtomsThatTakeNoPart) {
   const D3_PARAMETERS_T hf = parameters_of("HF");
   VECTOR gradient;
