@@ -45,6 +45,8 @@ class COULOMB_EXCHANGE_TERM_T : public FOCK_TERM_T {
       fock[s] += two_electron;
     }
   }
+  /// Only exchange: Coulomb matrices of Hermite densities are made anew sooner than the store is read.
+  bool wants_stored_integrals() const override { return exchange_ != 0.0; }
 
  private:
   INCREMENTAL_JK_T jk_;

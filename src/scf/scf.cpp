@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "linalg/lapack.hpp"
@@ -139,7 +140,9 @@ class LOOP_T {
     const STAGE_TIMER timer(STAGE::integrals_2e);
     const INTEGRALS_2E::JK_MODE_T mode = geometry_.jk.decide_mode(settings_.eri_memory_limit_mb);
     observer_.integral_mode(mode, geometry_.molecule.unrestricted ? 2 : 1);
-    if (mode.conventional && !geometry_.jk.has_store()) geometry_.jk.fill_store();
+    const bool wanted =
+        std::any_of(terms_.begin(), terms_.end(), [](const auto& term) { return term->wants_stored_integrals(); });
+    if (mode.conventional && wanted && !geometry_.jk.has_store()) geometry_.jk.fill_store();
   }
 
   /// One iteration: Fock matrices and energy of the current densities, acceleration, new orbitals and densities.

@@ -97,6 +97,8 @@ class FOCK_TERM_T {
   virtual ~FOCK_TERM_T() = default;
   /// `densities` hold one matrix per channel (factor g included); `fock` has the same number, to be added to.
   virtual void add(const SPIN_MATRICES_T& densities, SPIN_MATRICES_T& fock, ENERGY_PARTS_T& energy) = 0;
+  /// Whether the term is cheaper with the integrals kept in memory.
+  virtual bool wants_stored_integrals() const { return false; }
 };
 
 /// Where a run starts from.
