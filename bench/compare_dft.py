@@ -3,35 +3,23 @@
 
 usage: compare_dft.py [--program build/zentrix] [--threads 2] [--methods SVWN PBE R2SCAN B3LYP] [--bases 6-31G* 6-311G**]
 
-Same geometry, basis files, threads. Our build time is the timing profile's exchange-correlation stage over its calls, the
-first one with its evaluation of the basis functions that later ones reuse included. The peer's is nr_rks / nr_uks on as many points as our grid has, after a warm-up. The whole run of the peer uses
-its (75, 302) grid pruned its own way; both sides converge to their defaults of 1e-8 hartree.
+Same geometry, basis files, threads, default memory limits. Our build time is the timing profile's exchange-correlation stage over its
+calls, the first one with its evaluation of the basis functions that later ones reuse included. The peer's is nr_rks / nr_uks on as
+many points as our grid has, after a warm-up. The whole run of the peer uses its (75, 302) grid pruned its own way; the energies of
+both sides converge to 1e-8 hartree.
 """
 import argparse
 import os
 import re
-import subprocess
-import sys
-import tempfile
 import time
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests/reference"))
-CAFFEINE = "; ".join(re.findall(r"^ *[A-Z] +[-\d.]+ +[-\d.]+ +[-\d.]+", (ROOT / "examples/caffeine.inp").read_text(), re.M))
-PEER_NAMES = {"SVWN": "slater,vwn5", "PBE": "pbe,pbe", "R2SCAN": "r2scan,r2scan",
-              "B3LYP": "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"}
+from samples import CAFFEINE, PEER_FUNCTIONALS, ROOT, input_text, run_program
 
 
-def ours(options, method, basis, spin, memory):
-    text = (f"%method {method}\n%basis {basis}\n%spin {spin}\n%eri_memory_limit_mb {memory}\n%print_time\n%geo\n"
-            + CAFFEINE.replace(";", "\n") + "\n*end\n")
-    with tempfile.NamedTemporaryFile("w", suffix=".inp") as file:
-        file.write(text)
-        file.flush()
-        start = time.time()
-        report = subprocess.run([options.program, file.name], capture_output=True, text=True, cwd=ROOT).stdout
-        wall = time.time() - start
+def ours(options, method, basis, spin):
+    start = time.time()
+    report = run_program(options.program, input_text(CAFFEINE, method=method, basis=basis, spin=spin, print_time=None))
+    wall = time.time() - start
     stage = re.search(r"DFT XC \(grid integration\) +(\d+) +([\d.]+)", report)
     return {"wall": wall, "calls": int(stage[1]), "xc": float(stage[2]), "points": int(re.search(r"Grid points.*: +(\d+)", report)[1]),
             "energy": float(re.findall(r"Total energy: +(\S+)", report)[-1])}
@@ -43,7 +31,7 @@ def peer(method, basis, spin, points):
     from common import atoms_of, molecule
     mol = molecule(ROOT / "basis_data", atoms_of(CAFFEINE), basis, False)
     mf = (dft.RKS if spin == "restricted" else dft.UKS)(mol)
-    mf.xc = PEER_NAMES[method]
+    mf.xc = PEER_FUNCTIONALS[method]
     mf.grids.atom_grid = (75, 302)
     start = time.time()
     energy = mf.kernel()
@@ -72,7 +60,7 @@ print(f"{'case':32s} {'points':>7s} {'XC s':>7s} {'peer':>7s} {'ratio':>6s}   {'
 for basis in options.bases:
     for method in options.methods:
         for spin in options.spins:
-            here = ours(options, method, basis, spin, 16000)
+            here = ours(options, method, basis, spin)
             there = peer(method, basis, spin, here["points"])
             mean = here["xc"] / here["calls"]
             print(f"{method + ' ' + basis + ' ' + spin:32s} {here['points']:7d} {mean:7.3f} {there['xc']:7.3f} {there['xc'] / mean:6.2f}   "

@@ -17,19 +17,10 @@ import argparse
 import os
 import re
 import statistics
-import subprocess
 import sys
-import tempfile
 import time
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests/reference"))
-CAFFEINE = "; ".join(re.findall(r"^ *[A-Z] +[-\d.]+ +[-\d.]+ +[-\d.]+", (ROOT / "examples/caffeine.inp").read_text(), re.M))
-BENZENE = "; ".join(f"{s} {r * c:.6f} {r * q:.6f} 0" for s, r in (("C", 1.3915), ("H", 2.4715)) for c, q in
-                    ((1, 0), (0.5, 0.8660254), (-0.5, 0.8660254), (-1, 0), (-0.5, -0.8660254), (0.5, -0.8660254)))
-FORMALDEHYDE = "C 0 0 -0.5296; O 0 0 0.6756; H 0 0.9347 -1.1127; H 0 -0.9347 -1.1127"
-WATER = "O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692"
+from samples import BENZENE, CAFFEINE, FORMALDEHYDE, PEER_FUNCTIONALS, ROOT, WATER, input_text, run_program
 
 # name: (geometry in angstrom, method, basis, spherical functions)
 CASES = {
@@ -43,18 +34,14 @@ CASES = {
     "caffeine/PBE/6-31G*": (CAFFEINE, "PBE", "6-31G*", False),
     "caffeine/HF/cc-pVTZ": (CAFFEINE, "HF", "cc-pVTZ", True),
 }
-PEER_NAMES = {"PBE": "pbe,pbe", "B3LYP": "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"}
 
 
 def ours(options, case):
     geometry, method, basis, spherical = CASES[case]
-    text = f"%job gradient\n%method {method}\n%basis {basis}\n%print_time\n" + ("%spherical\n" if spherical else "")
-    text += f"%scf_maxiter {options.cycles}\n%eri_memory_limit_mb 1\n" if options.cycles else ""
-    text += "%geo\n" + geometry.replace(";", "\n") + "\n*end\n"
-    with tempfile.NamedTemporaryFile("w", suffix=".inp") as file:
-        file.write(text)
-        file.flush()
-        report = subprocess.run([options.program, file.name], capture_output=True, text=True, cwd=ROOT).stdout
+    keywords = dict(job="gradient", method=method, basis=basis, spherical="yes" if spherical else "no", print_time=None)
+    if options.cycles:
+        keywords |= dict(scf_maxiter=options.cycles, eri_memory_limit_mb=1)
+    report = run_program(options.program, input_text(geometry, **keywords))
     stages = {name: (float(wall), float(cpu) / options.threads)
               for name, wall, cpu in re.findall(r"^  Gradient (1e|2e|DFT) +\d+ +([\d.]+) +([\d.]+)", report, re.M)}
     table = re.search(r"Cartesian gradient \(Hartree/Bohr\):\n.*\n((?: +\d+ .*\n)+)", report)
@@ -76,7 +63,7 @@ class PEER:
         mol = molecule(ROOT / "basis_data", atoms_of(geometry), basis, spherical)
         mf = scf.RHF(mol) if method == "HF" else dft.RKS(mol)
         if method != "HF":
-            mf.xc = PEER_NAMES[method]
+            mf.xc = PEER_FUNCTIONALS[method]
             mf.grids.atom_grid = (75, 302)
         mf.conv_tol = 1e-9
         if options.cycles:

@@ -2,7 +2,7 @@
 """One J+K build of this engine next to PySCF's: same molecule, basis, density and threads, in one run. PySCF screens at
 1e-11, this engine at its default threshold, which is tighter.
 
-usage: compare_jk.py BUILD_FOLDER [--case NAME ...] [--threads N] [--repeat N] [--keep PATH]
+usage: compare_jk.py BUILD_FOLDER [--case NAME ...] [--threads N] [--repeat N] [--peer-j] [--keep PATH]
 
 PySCF (from the Python registry) makes the molecule and a density, which go to the program BUILD_FOLDER/bench/jk_from_file
 in a plain file. Both sides then build J and K directly, with pair data and Schwarz bounds made beforehand. Printed: medians,
@@ -17,40 +17,7 @@ import sys
 import tempfile
 import time
 
-CAFFEINE = """
-O 0.4700 2.5688 0.0006; O -3.1271 -0.4436 -0.0003; N -0.9686 -1.3125 0.0000; N 2.2182 0.1412 -0.0003
-N -1.3477 1.0797 -0.0001; N 1.4119 -1.9372 0.0002; C 0.8579 0.2592 -0.0008; C 0.3897 -1.0264 -0.0004
-C 0.0307 1.4220 -0.0006; C -1.9061 -0.2495 -0.0004; C 2.5032 -1.1998 0.0003; C -1.4276 -2.6960 0.0008
-C 3.1926 1.2061 0.0003; C -2.2969 2.1881 0.0007; H 3.5163 -1.5787 0.0008; H -1.0451 -3.1973 -0.8937
-H -2.5186 -2.7596 0.0011; H -1.0447 -3.1963 0.8957; H 4.1992 0.7801 0.0002; H 3.0468 1.8092 -0.8992
-H 3.0466 1.8083 0.9004; H -1.8087 3.1651 -0.0003; H -2.9322 2.1027 0.8881; H -2.9346 2.1021 -0.8849
-"""
-
-
-def alkane(n):
-    lines = []
-    for i in range(n):
-        x, y = 1.2574 * i, 0.42 * (1 if i % 2 else -1)
-        up = 1 if i % 2 else -1
-        lines.append(("C", x, y, 0.0))
-        lines.append(("H", x, y + 0.63 * up, 0.89))
-        lines.append(("H", x, y + 0.63 * up, -0.89))
-        if i == 0:
-            lines.append(("H", x - 0.89, y + 0.63, 0.0))
-        if i == n - 1:
-            lines.append(("H", x + 0.89, y - 0.63 * up, 0.0))
-    return "\n".join("%s %.6f %.6f %.6f" % line for line in lines)
-
-
-def waters(n):
-    lines = []
-    for i in range(n):
-        x, y, z = 2.9 * (i % 3), 2.9 * (i // 3 % 3), 2.9 * (i // 9)
-        a = 0.7 * i
-        for symbol, r, t in (("O", 0.0, 0.0), ("H", 0.9572, 0.0), ("H", 0.9572, math.radians(104.52))):
-            lines.append((symbol, x + r * math.cos(t + a), y + r * math.sin(t + a) * math.cos(a), z + r * math.sin(t + a) * math.sin(a)))
-    return "\n".join("%s %.6f %.6f %.6f" % line for line in lines)
-
+from samples import CAFFEINE, alkane, waters
 
 CASES = {
     "caffeine-631gs": (CAFFEINE, "6-31g*", True),
@@ -125,6 +92,11 @@ def run_case(name, arguments):
         start = time.perf_counter()
         j, k = scf.hf.get_jk(mol, density, hermi=1, vhfopt=mf.opt[None] if isinstance(mf.opt, dict) else mf.opt)
         peer_times.append(time.perf_counter() - start)
+    peer_j_times = []
+    for _ in range(arguments.repeat if arguments.peer_j else 0):
+        start = time.perf_counter()
+        scf.hf.get_jk(mol, density, hermi=1, with_k=False, vhfopt=mf.opt[None] if isinstance(mf.opt, dict) else mf.opt)
+        peer_j_times.append(time.perf_counter() - start)
 
     with tempfile.TemporaryDirectory() as folder:
         path = arguments.keep or os.path.join(folder, "case")
@@ -138,8 +110,12 @@ def run_case(name, arguments):
         ours = numpy.fromfile(path + ".result").reshape(2, n, n)
     difference = [abs(ours[x] - to_ours(m, -1)).max() for x, m in ((0, j), (1, k))]
     peer = statistics.median(peer_times)
-    print("%-22s %5d functions  %d threads  PySCF %8.3f s   J %7.3f s  K %7.3f s  ratio %5.1f   set-up %.3f s   |dJ| %.1e |dK| %.1e"
-          % (name, n, arguments.threads, peer, times["j"], times["k"], peer / (times["j"] + times["k"]), times["setup"], *difference))
+    alone = ""
+    if peer_j_times:
+        peer_j = statistics.median(peer_j_times)
+        alone = "   J alone: PySCF %.3f s, ratio %.0f" % (peer_j, peer_j / times["j"])
+    print("%-22s %5d functions  %d threads  PySCF %8.3f s   J %7.3f s  K %7.3f s  ratio %5.1f   set-up %.3f s   |dJ| %.1e |dK| %.1e%s"
+          % (name, n, arguments.threads, peer, times["j"], times["k"], peer / (times["j"] + times["k"]), times["setup"], *difference, alone))
     sys.stdout.flush()
 
 
@@ -149,6 +125,7 @@ def main():
     parser.add_argument("--case", nargs="*", default=["caffeine-631gs"], choices=list(CASES))
     parser.add_argument("--threads", type=int, default=1)
     parser.add_argument("--repeat", type=int, default=1)
+    parser.add_argument("--peer-j", action="store_true", help="time the peer's J without K too")
     parser.add_argument("--keep", metavar="PATH", help="leave the case's files at PATH, for jk_from_file")
     arguments = parser.parse_args()
     for name in arguments.case:

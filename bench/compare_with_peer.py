@@ -19,50 +19,16 @@ import subprocess
 import sys
 import tempfile
 import time
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
-BOHR = 1.8897261246257702
-
-WATER = "O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692"
-BENZENE = "; ".join(f"{s} {r * c:.6f} {r * q:.6f} 0" for s, r in (("C", 1.3915), ("H", 2.4715)) for c, q in
-                    ((1, 0), (0.5, 0.8660254), (-0.5, 0.8660254), (-1, 0), (-0.5, -0.8660254), (0.5, -0.8660254)))
-CAFFEINE = "; ".join(re.findall(r"^ *[A-Z] +[-\d.]+ +[-\d.]+ +[-\d.]+", (ROOT / "examples/caffeine.inp").read_text(), re.M))
+from samples import BENZENE, CAFFEINE, ROOT, WATER, alkane, input_text
 
 # name: (geometry in angstrom, basis, spherical functions)
 CASES = {
     "water/cc-pVTZ": (WATER, "cc-pVTZ", True),
     "benzene/6-31G*": (BENZENE, "6-31G*", False),
     "caffeine/6-31G*": (CAFFEINE, "6-31G*", False),
+    "C20H42/6-31G**": (alkane(20), "6-31G**", False),
 }
-
-
-def atoms_of(case):
-    return [(line.split()[0], [float(x) for x in line.split()[1:]]) for line in CASES[case][0].split(";")]
-
-
-def read_basis(name, symbol):
-    """Shells of an element from the program's file, in PySCF's own layout."""
-    stem = "".join(c for c in name.replace("**", "dp").replace("*", "d").replace("+", "p") if c not in "(), ").lower()
-    shells, block_start, inside = [], True, False
-    for line in (ROOT / "basis_data" / f"{stem}.dat").read_text().split("\n"):
-        words = line.split()
-        if not words or line.startswith("!"):
-            continue
-        if words[0] == "****":
-            if inside:
-                break
-            block_start = True
-        elif block_start:
-            inside, block_start = words[0].upper() == symbol.upper(), False
-        elif inside and words[0].isalpha():
-            current = [["SPDFG".index(c)] for c in words[0].upper()]
-            shells += current
-        elif inside:
-            numbers = [float(w.replace("D", "e")) for w in words]
-            for shell, coefficient in zip(current, numbers[1:]):
-                shell.append([numbers[0], coefficient])
-    return shells
 
 
 def timed_lines(command, environment):
@@ -77,11 +43,9 @@ def timed_lines(command, environment):
 
 
 def run_ours(program, case, direct, environment):
-    _, basis, spherical = CASES[case]
-    geometry = "\n".join(f"{s} {r[0]} {r[1]} {r[2]}" for s, r in atoms_of(case))
+    geometry, basis, spherical = CASES[case]
     with tempfile.NamedTemporaryFile("w", suffix=".inp") as file:
-        file.write(f"%basis {basis}\n%spherical {'yes' if spherical else 'no'}\n%eri_memory_limit_mb {1 if direct else 20000}\n"
-                   f"%geo\n{geometry}\n*end\n")
+        file.write(input_text(geometry, basis=basis, spherical="yes" if spherical else "no", eri_memory_limit_mb=1 if direct else 20000))
         file.flush()
         lines, wall, peak = timed_lines([program, file.name], environment)
     rows = [moment for moment, line in lines if re.match(r" +\d+ +-\d+\.\d+ +-?\d\.\d+e", line)]
@@ -97,13 +61,14 @@ def run_peer(case, direct, environment):
 
 
 def peer_child(case, direct):
-    from pyscf import gto, scf
-    _, basis, spherical = CASES[case]
+    from pyscf import scf
+
+    from common import atoms_of, molecule
+    geometry, basis, spherical = CASES[case]
     moments = []
     begin = time.monotonic()
-    atoms = [(s, [x * BOHR for x in r]) for s, r in atoms_of(case)]
-    mol = gto.M(atom=atoms, unit="Bohr", cart=not spherical, verbose=0, max_memory=20000,
-                basis={s: read_basis(basis, s) for s, _ in atoms})
+    mol = molecule(ROOT / "basis_data", atoms_of(geometry), basis, spherical)
+    mol.max_memory = 20000
     mf = scf.RHF(mol)
     mf.init_guess, mf.conv_tol, mf.conv_tol_grad, mf.max_cycle = "1e", 1e-8, 1e-5, 150
     mf.direct_scf = direct
@@ -123,8 +88,8 @@ def medians(runs):
     return {key: statistics.median(run[key] for run in runs) for key in runs[0]}
 
 
-def compare(program, case, repeat, environment):
-    for direct in (False, True):
+def compare(program, case, repeat, environment, modes):
+    for direct in modes:
         ours, peer = [], []
         for _ in range(repeat):
             ours.append(run_ours(program, case, direct, environment))
@@ -143,6 +108,7 @@ def main():
     parser.add_argument("--program", default=str(ROOT / "build/zentrix"))
     parser.add_argument("--threads", type=int, default=os.cpu_count())
     parser.add_argument("--repeat", type=int, default=3)
+    parser.add_argument("--direct", action="store_true", help="leave out the runs that store the integrals")
     parser.add_argument("--peer", help=argparse.SUPPRESS)
     options = parser.parse_args()
     if options.peer:
@@ -152,7 +118,7 @@ def main():
     print("                            run/s                       iter/s               iterations      peak/MB    energy")
     print("case             mode        ours     peer  ratio      ours      peer  ratio  ours peer    ours    peer  difference")
     for case in options.cases or CASES:
-        compare(options.program, case, options.repeat, environment)
+        compare(options.program, case, options.repeat, environment, (True,) if options.direct else (False, True))
 
 
 if __name__ == "__main__":

@@ -1,3 +1,7 @@
 #include "driver/run.hpp"
+#include "driver/wait_policy.hpp"
 
-int main(int argc, char** argv) { return zentrix::run_program(argc, argv); }
+int main(int argc, char** argv) {
+  zentrix::let_waiting_threads_sleep(argv);
+  return zentrix::run_program(argc, argv);
+}

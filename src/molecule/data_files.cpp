@@ -7,12 +7,16 @@
 namespace zentrix {
 namespace {
 
-/// Data folder of an installed program, found beside the executable: <prefix>/bin/zentrix and <prefix>/share/zentrix.
-std::filesystem::path installed_data_folder() {
+/// The file in the data folder that belongs to the executable: <prefix>/share/zentrix/basis_data of <prefix>/bin/zentrix
+/// when installed, basis_data beside the build folder otherwise. Empty when neither has it.
+std::string file_beside_program(const std::string& file_name) {
   std::error_code error;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return {};
-  return program.parent_path().parent_path() / "share" / "zentrix" / "basis_data";
+  const auto prefix = program.parent_path().parent_path();
+  for (const auto& folder : {prefix / "share" / "zentrix" / "basis_data", prefix / "basis_data"})
+    if (std::filesystem::exists(folder / file_name, error)) return (folder / file_name).string();
+  return {};
 }
 
 std::string base_file_name(const std::string& basis_name) {
@@ -54,10 +58,8 @@ std::string data_file_path(const std::string& file_name) {
   }
   std::string local = "basis_data/" + file_name;
   std::error_code error;
-  if (!std::filesystem::exists(local, error)) {
-    const auto installed = installed_data_folder() / file_name;
-    if (std::filesystem::exists(installed, error)) return installed.string();
-  }
+  if (!std::filesystem::exists(local, error))
+    if (const std::string found = file_beside_program(file_name); !found.empty()) return found;
   return local;
 }
 
