@@ -13,32 +13,17 @@ import sys
 import numpy
 from pyscf import ci, fci, mp, scf
 
+import geometries
 from common import atoms_of, molecule
 
 FOLDER = sys.argv[1]
 
-# molecule: (charge, multiplicity, geometry in angstrom)
-MOLECULES = {
+MOLECULES = geometries.MOLECULES | {
     "H2": (0, 1, "H 0 0 0; H 0 0 0.7414"),
-    "H2O": (0, 1, "O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692"),
-    "NH3": (0, 1, "N 0 0 0.1161; H 0 0.9397 -0.2709; H 0.8138 -0.4698 -0.2709; H -0.8138 -0.4698 -0.2709"),
     "CO": (0, 1, "C 0 0 0; O 0 0 1.1283"),
-    "N2": (0, 1, "N 0 0 0; N 0 0 1.0977"),
-    "HF": (0, 1, "F 0 0 0; H 0 0 0.917"),
-    "Ne": (0, 1, "Ne 0 0 0"),
     "HCl": (0, 1, "H 0 0 0; Cl 0 0 1.2746"),
     "HBr": (0, 1, "H 0 0 0; Br 0 0 1.4144"),
-    "benzene": (0, 1, "; ".join(f"{s} {r * c:.6f} {r * q:.6f} 0" for s, r in (("C", 1.3915), ("H", 2.4715)) for c, q in
-                                ((1, 0), (0.5, 0.8660254), (-0.5, 0.8660254), (-1, 0), (-0.5, -0.8660254), (0.5, -0.8660254)))),
-    "H": (0, 2, "H 0 0 0"),
-    "Li": (0, 2, "Li 0 0 0"),
-    "N": (0, 4, "N 0 0 0"),
-    "OH": (0, 2, "O 0 0 0; H 0 0 0.9697"),
-    "O2": (0, 3, "O 0 0 0; O 0 0 1.2075"),
-    "CH2": (0, 3, "C 0 0 0.1027; H 0 0.9957 -0.3081; H 0 -0.9957 -0.3081"),
-    "CH3": (0, 2, "C 0 0 0; H 1.079 0 0; H -0.5395 0.934441 0; H -0.5395 -0.934441 0"),
-    "NO": (0, 2, "N 0 0 0; O 0 0 1.1508"),
-    "CN": (0, 2, "C 0 0 0; N 0 0 1.1718"),
+    "benzene": geometries.MOLECULES["C6H6"],
 }
 
 # molecule, basis, spherical, frozen orbitals, <S^2> wanted
