@@ -1,7 +1,7 @@
 """What the scripts that make references share: this program's basis files in PySCF's layout, geometries, the factor of length."""
 from pathlib import Path
 
-from pyscf import gto
+from pyscf import gto, scf
 
 BOHR = 1.8897261246257702
 
@@ -45,3 +45,23 @@ def molecule(folder, atoms, basis, spherical, charge=0, multiplicity=1):
     """The peer's molecule with this program's basis numbers and factor from angstrom to bohr."""
     return gto.M(atom=[(s, [x * BOHR for x in r]) for s, r in atoms], unit="Bohr", charge=charge, spin=multiplicity - 1,
                  cart=not spherical, verbose=0, basis={s: read_basis(folder, basis, s) for s, _ in atoms})
+
+
+def lowest_unrestricted(mol, conv_tol_grad=1e-5):
+    """The lowest of the stable unrestricted solutions that three starts lead to."""
+    solutions = []
+    for guess in ("minao", "atom", "1e"):
+        mf = scf.UHF(mol)
+        mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-11, conv_tol_grad, 1e-15, 300
+        mf.init_guess = guess
+        mf.kernel()
+        mf = mf.newton()
+        mf.kernel(mf.mo_coeff, mf.mo_occ)
+        for _ in range(5):
+            orbitals, _, stable, _ = mf.stability(return_status=True)
+            if stable:
+                break
+            mf.kernel(orbitals, mf.mo_occ)
+        assert mf.converged, (mol.atom, guess)
+        solutions.append(mf)
+    return min(solutions, key=lambda solution: solution.e_tot)

@@ -14,7 +14,7 @@ import numpy
 from pyscf import ci, fci, mp, scf
 
 import geometries
-from common import atoms_of, molecule
+from common import atoms_of, lowest_unrestricted, molecule
 
 FOLDER = sys.argv[1]
 
@@ -44,27 +44,12 @@ CASES = [
 
 def reference(mol):
     """The converged restricted or lowest stable unrestricted reference."""
-    tight = {"conv_tol": 1e-12, "conv_tol_grad": 1e-6, "direct_scf_tol": 1e-15, "max_cycle": 300}
-    if mol.spin == 0:
-        mf = scf.RHF(mol)
-        mf.__dict__.update(tight)
-        mf.kernel()
-        return mf
-    best = None
-    for guess in ("minao", "atom", "1e"):
-        mf = scf.UHF(mol)
-        mf.__dict__.update(tight)
-        mf.init_guess = guess
-        mf.kernel()
-        mf = mf.newton()
-        mf.kernel(mf.mo_coeff, mf.mo_occ)
-        for _ in range(5):
-            orbitals, _, stable, _ = mf.stability(return_status=True)
-            if stable:
-                break
-            mf.kernel(orbitals, mf.mo_occ)
-        best = mf if best is None or mf.e_tot < best.e_tot else best
-    return best
+    if mol.spin != 0:
+        return lowest_unrestricted(mol, 1e-6)
+    mf = scf.RHF(mol)
+    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-12, 1e-6, 1e-15, 300
+    mf.kernel()
+    return mf
 
 
 def first_order_spin(mf, post, frozen):

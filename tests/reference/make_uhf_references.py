@@ -9,9 +9,7 @@ are stable; the lowest one counts.
 import json
 import sys
 
-from pyscf import scf
-
-from common import atoms_of, molecule
+from common import atoms_of, lowest_unrestricted, molecule
 from geometries import MOLECULES
 
 FOLDER = sys.argv[1]
@@ -28,28 +26,12 @@ CASES = [
 ]
 
 
-def lowest_from(mol, guess):
-    mf = scf.UHF(mol)
-    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-11, 1e-5, 1e-15, 300
-    mf.init_guess = guess
-    mf.kernel()
-    mf = mf.newton()
-    mf.kernel(mf.mo_coeff, mf.mo_occ)
-    for _ in range(5):
-        orbitals, _, stable, _ = mf.stability(return_status=True)
-        if stable:
-            break
-        mf.kernel(orbitals, mf.mo_occ)
-    assert mf.converged, (mol.atom, guess)
-    return mf
-
-
 def run(case):
     name, basis, spherical = case
     charge, multiplicity, text = MOLECULES[name]
     atoms = atoms_of(text)
     mol = molecule(FOLDER, atoms, basis, spherical, charge, multiplicity)
-    mf = min((lowest_from(mol, guess) for guess in ("minao", "atom", "1e")), key=lambda solution: solution.e_tot)
+    mf = lowest_unrestricted(mol)
     return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
             "atoms": [[s, *r] for s, r in atoms], "functions": mol.nao, "energy": mf.e_tot,
             "s_squared": float(mf.spin_square()[0])}
