@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <limits>
 #include <numeric>
 
@@ -10,6 +11,8 @@ namespace {
 
 constexpr double SHORTEST_BOND = 0.1;  // bohr
 constexpr double BOND_FACTOR = 1.3;
+/// Forming bonds between two fragments within this factor of the shortest are taken together.
+constexpr double AS_SHORT = 1.05;
 /// An angle above this becomes two linear bends, and no dihedral goes through it.
 constexpr double LINEAR_ANGLE = 175.0 * RADIAN_PER_DEGREE;
 /// Margins before an optimisation that drifts over the limit makes its coordinates anew.
@@ -20,8 +23,13 @@ constexpr double PLANAR_SUM = 340.0 * RADIAN_PER_DEGREE;
 
 class GENERATOR_T {
  public:
-  GENERATOR_T(const std::vector<int>& z, const VECTOR& x)
-      : z_(z), x_(x), n_(static_cast<int>(z.size())), neighbours_(z.size() + 1), links_(Eigen::MatrixXi::Zero(n_, n_)) {
+  GENERATOR_T(const std::vector<int>& z, const VECTOR& x, FRAGMENT_LINKS links)
+      : z_(z),
+        x_(x),
+        links_wanted_(links),
+        n_(static_cast<int>(z.size())),
+        neighbours_(z.size() + 1),
+        links_(Eigen::MatrixXi::Zero(n_, n_)) {
     set_.bonded = Eigen::MatrixXi::Zero(n_, n_);
   }
 
@@ -105,6 +113,15 @@ class GENERATOR_T {
     return fragment;
   }
 
+  double relative_distance(int i, int j) const {
+    return distance(i, j) / (covalent_radius(z_[i - 1]) + covalent_radius(z_[j - 1]));
+  }
+
+  /// What makes a link between fragments short.
+  double link_length(int i, int j) const {
+    return links_wanted_ == FRAGMENT_LINKS::nearest ? distance(i, j) : relative_distance(i, j);
+  }
+
   /// The shortest link first, until one piece is left.
   void join_fragments() {
     while (true) {
@@ -114,15 +131,28 @@ class GENERATOR_T {
       int second = 0;
       for (int i = 1; i <= n_; ++i) {
         for (int j = i + 1; j <= n_; ++j) {
-          const double d = distance(i, j);
-          if (fragment[i] == fragment[j] || d <= SHORTEST_BOND || d >= shortest) continue;
-          shortest = d;
+          if (fragment[i] == fragment[j] || distance(i, j) <= SHORTEST_BOND || link_length(i, j) >= shortest) continue;
+          shortest = link_length(i, j);
           first = i;
           second = j;
         }
       }
       if (first == 0 || !add_bond(first, second, true)) return;
+      if (links_wanted_ == FRAGMENT_LINKS::forming_bonds && !add_links_as_short(fragment, first, second)) return;
     }
+  }
+
+  /// The other links between the fragments of a link that are as short.
+  bool add_links_as_short(const std::vector<int>& fragment, int first, int second) {
+    const auto joined = std::minmax(fragment[first], fragment[second]);
+    const double limit = AS_SHORT * relative_distance(first, second);
+    for (int i = 1; i <= n_; ++i) {
+      for (int j = i + 1; j <= n_; ++j) {
+        if (set_.bonded(i - 1, j - 1) != 0 || std::minmax(fragment[i], fragment[j]) != joined) continue;
+        if (distance(i, j) > SHORTEST_BOND && relative_distance(i, j) <= limit && !add_bond(i, j, true)) return false;
+      }
+    }
+    return true;
   }
 
   void find_neighbours() {
@@ -266,6 +296,7 @@ class GENERATOR_T {
 
   const std::vector<int>& z_;
   const VECTOR& x_;
+  FRAGMENT_LINKS links_wanted_;
   int n_;
   std::vector<std::vector<int>> neighbours_;  // of every atom, from 1
   Eigen::MatrixXi links_;                     // bonds that only join fragments
@@ -279,8 +310,8 @@ bool ends_bent(const INTCOORD_T& c, const VECTOR& x) {
 
 }  // namespace
 
-COORDINATE_SET_T generate_coordinates(const std::vector<int>& z, const VECTOR& positions) {
-  return GENERATOR_T(z, positions).generate();
+COORDINATE_SET_T generate_coordinates(const std::vector<int>& z, const VECTOR& positions, FRAGMENT_LINKS links) {
+  return GENERATOR_T(z, positions, links).generate();
 }
 
 bool still_suited(const COORDINATE_SET_T& set, const VECTOR& positions) {

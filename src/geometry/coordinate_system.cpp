@@ -10,8 +10,9 @@ namespace zentrix::OPTIMIZER {
 
 using namespace INTERNAL_COORDS;
 
-INTERNAL_SYSTEM_T::INTERNAL_SYSTEM_T(std::vector<int> z, COORDINATE_SET_T set, std::vector<CONSTRAINT_T> constraints)
-    : z_(std::move(z)), set_(std::move(set)), constraints_(std::move(constraints)) {}
+INTERNAL_SYSTEM_T::INTERNAL_SYSTEM_T(std::vector<int> z, COORDINATE_SET_T set, std::vector<CONSTRAINT_T> constraints,
+                                     FRAGMENT_LINKS links)
+    : z_(std::move(z)), set_(std::move(set)), constraints_(std::move(constraints)), links_(links) {}
 
 VECTOR INTERNAL_SYSTEM_T::values(const VECTOR& positions) const { return coordinate_values(set_, positions); }
 
@@ -61,7 +62,7 @@ bool INTERNAL_SYSTEM_T::suits(const VECTOR& positions) const { return still_suit
 
 bool INTERNAL_SYSTEM_T::remade_for(const VECTOR& positions) {
   if (suits(positions)) return false;
-  COORDINATE_SET_T anew = generate_coordinates(z_, positions);
+  COORDINATE_SET_T anew = generate_coordinates(z_, positions, links_);
   std::vector<CONSTRAINT_MATCH_T> matches;
   const int status = apply_constraints(constraints_, positions, anew, matches);
   // A set that does not serve the geometry either (a constraint that forces an angle straight), or one with too few

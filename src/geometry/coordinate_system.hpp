@@ -40,9 +40,10 @@ class COORDINATE_SYSTEM_T {
 /// Redundant internal coordinates, some of them frozen.
 class INTERNAL_SYSTEM_T : public COORDINATE_SYSTEM_T {
  public:
-  /// `set` as generated, with `constraints` applied to it; these carry their targets.
+  /// `set` as generated with `links`, with `constraints` applied to it; these carry their targets.
   INTERNAL_SYSTEM_T(std::vector<int> z, INTERNAL_COORDS::COORDINATE_SET_T set,
-                    std::vector<INTERNAL_COORDS::CONSTRAINT_T> constraints);
+                    std::vector<INTERNAL_COORDS::CONSTRAINT_T> constraints,
+                    INTERNAL_COORDS::FRAGMENT_LINKS links = INTERNAL_COORDS::FRAGMENT_LINKS::nearest);
   VECTOR values(const VECTOR& positions) const override;
   VECTOR difference(const VECTOR& a, const VECTOR& b) const override;
   MATRIX b_matrix(const VECTOR& positions) const override;
@@ -58,6 +59,7 @@ class INTERNAL_SYSTEM_T : public COORDINATE_SYSTEM_T {
   std::vector<int> z_;
   INTERNAL_COORDS::COORDINATE_SET_T set_;
   std::vector<INTERNAL_COORDS::CONSTRAINT_T> constraints_;
+  INTERNAL_COORDS::FRAGMENT_LINKS links_;
 };
 
 /// Cartesian coordinates without translations and rotations.

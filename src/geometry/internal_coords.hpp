@@ -45,10 +45,18 @@ struct COORDINATE_SET_T {
   bool bonds_truncated = false;  ///< more than MAX_BONDS were found
 };
 
+/// What joins fragments that no bond does.
+enum class FRAGMENT_LINKS {
+  nearest,       ///< the two nearest atoms
+  forming_bonds  ///< the pair nearest in units of its covalent radii, with all that are as near: carbon atoms between which
+                 ///< bonds form are farther apart than the hydrogen atoms beside them
+};
+
 /// Bonds by covalent radii, with the shortest links between fragments; all angles at bonded atoms (two linear bends where
 /// the angle is above 175 degrees); dihedrals over bonded chains, across linear segments too; out-of-plane dihedrals where
 /// a planar centre has no other. `z`: atomic numbers.
-COORDINATE_SET_T generate_coordinates(const std::vector<int>& z, const VECTOR& positions);
+COORDINATE_SET_T generate_coordinates(const std::vector<int>& z, const VECTOR& positions,
+                                      FRAGMENT_LINKS links = FRAGMENT_LINKS::nearest);
 
 /// The value of a coordinate. An angle with a bond of length zero is pi. A linear bend is the sum of the angles that its two
 /// bonds make with the axis: pi for a straight chain, less when it bends towards the axis.

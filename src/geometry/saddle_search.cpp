@@ -183,11 +183,11 @@ SADDLE_POINT_T find_saddle(GRADIENTS::ENERGY_SURFACE_T& surface, const MATRIX& h
   for (const ATOM_T& atom : surface.molecule().atoms) z.push_back(atom.z);
   const VECTOR x = GRADIENTS::positions_of(surface.molecule());
   if (!settings.force_cartesian && z.size() > 2) {
-    COORDINATE_SET_T set = generate_coordinates(z, x);
+    COORDINATE_SET_T set = generate_coordinates(z, x, FRAGMENT_LINKS::forming_bonds);
     if (internals_serve(set, x)) {
       observer.coordinates_made(set);
       observer.started(true, settings.thresholds);
-      OPTIMIZER::INTERNAL_SYSTEM_T system(z, std::move(set), {});
+      OPTIMIZER::INTERNAL_SYSTEM_T system(z, std::move(set), {}, FRAGMENT_LINKS::forming_bonds);
       return SEARCH_T(surface, system, settings, observer).run(hessian);
     }
   }

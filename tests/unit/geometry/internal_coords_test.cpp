@@ -112,6 +112,22 @@ TEST(InternalCoords, ShortestDistanceJoinsFragments) {
   EXPECT_EQ(set.bonded(2, 3), 1);
 }
 
+/// Two ethenes face to face, their carbon atoms 4.2 bohr apart and two hydrogen atoms bent in to 3.4 bohr: the search for
+/// the cycloaddition needs both carbon links and not that of the hydrogen atoms.
+TEST(InternalCoords, FormingBondsJoinFragmentsByTheirRadii) {
+  const STRUCTURE_T pair = structure(
+      "C 0 0.69 0\nC 0 -0.69 0\nH 0.9 1.2 0.2\nH -0.9 1.2 -0.1\nH 0.9 -1.2 -0.1\nH -0.9 -1.2 -0.1\n"
+      "C 0 0.69 2.2\nC 0 -0.69 2.2\nH 0.9 1.2 2.0\nH -0.9 1.2 2.3\nH 0.9 -1.2 2.3\nH -0.9 -1.2 2.3\n");
+  const auto links = [&](FRAGMENT_LINKS wanted) {
+    std::vector<std::array<int, 2>> found;
+    for (const INTCOORD_T& c : generate_coordinates(pair.z, pair.x, wanted).coordinates)
+      if (c.kind == KIND::bond && c.through_space) found.push_back({c.atoms[0], c.atoms[1]});
+    return found;
+  };
+  EXPECT_EQ(links(FRAGMENT_LINKS::nearest), (std::vector<std::array<int, 2>>{{3, 9}}));
+  EXPECT_EQ(links(FRAGMENT_LINKS::forming_bonds), (std::vector<std::array<int, 2>>{{1, 7}, {2, 8}}));
+}
+
 TEST(InternalCoords, LinearChainHasAnglesOfPi) {
   const STRUCTURE_T molecule = structure(acetylene);
   const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
