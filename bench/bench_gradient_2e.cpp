@@ -1,5 +1,5 @@
-// Two-electron gradients beside one direct J and K build. Run from the repository root (the basis library is read from
-// there).
+// Two-electron gradients beside one direct J and K build, in both modes of the Boys function. Run from the repository root
+// (the basis library is read from there).
 //
 //   build/bench/bench_gradient_2e --benchmark_filter='caffeine_6-31G\*'
 // ZENTRIX_ISA selects the instruction set, OMP_NUM_THREADS the threads. Geometry data (pairs, bounds) are made anew in every
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench_molecules.hpp"
+#include "integrals/boys.hpp"
 #include "integrals/gradient_2e.hpp"
 #include "integrals/integrals_2e.hpp"
 
@@ -21,7 +22,8 @@ namespace {
 
 enum class PART { j_build, k_build, j_gradient, k_gradient, k_gradient_two };
 
-void measure(benchmark::State& state, const std::string& geometry, const std::string& basis, PART part) {
+void measure(benchmark::State& state, const std::string& geometry, const std::string& basis, PART part, bool precise) {
+  const BOYS::PRECISE_MODE_GUARD mode(precise);
   const MOLECULE_T molecule = TESTS::sample_molecule(geometry, basis);
   const std::vector<MATRIX> density(part == PART::k_gradient_two ? 2 : 1, BENCH::core_density(molecule)), none;
   const JK_BUILDER builder(molecule);
@@ -56,9 +58,11 @@ void register_all() {
     for (const auto& [label, part] : {std::pair("J_build", PART::j_build), std::pair("K_build", PART::k_build),
                                       std::pair("J_gradient", PART::j_gradient), std::pair("K_gradient", PART::k_gradient),
                                       std::pair("K_gradient_two_densities", PART::k_gradient_two)})
-      benchmark::RegisterBenchmark((std::string(c.name) + '/' + label).c_str(), measure, c.geometry, c.basis, part)
-          ->Unit(benchmark::kMillisecond)
-          ->UseRealTime();
+      for (const bool precise : {false, true})
+        benchmark::RegisterBenchmark((std::string(c.name) + '/' + label + (precise ? "/precise" : "")).c_str(), measure,
+                                     c.geometry, c.basis, part, precise)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 #include "integrals/boys.hpp"
+#include "integrals/kernels/boys_precise.hpp"
 
 namespace zentrix::kernels {
 
@@ -82,19 +82,11 @@ BOYS_SERVICE_T boys_service() {
 }
 
 void boys_series_lanes(int m, const double* t, double* f, int lanes) {
-  for (int lane = 0; lane < lanes; ++lane) {
-    if (t[lane] < boys_cell_limit(m)) {
-      long double series[BOYS_NMAX + 1];
-      BOYS::evaluate_series(m, t[lane], series);
-      for (int n = 0; n <= m; ++n) f[n * lanes + lane] = static_cast<double>(series[n]);
-    } else {
-      double value = 0.5 * std::sqrt(std::numbers::pi / t[lane]);
-      for (int n = 0; n <= m; ++n) {
-        f[n * lanes + lane] = value;
-        value *= (n + 0.5) / t[lane];
-      }
-    }
-  }
+  using EVALUATE_T = void (*)(int, const double*, double*);
+  static const EVALUATE_T of_four =
+      chosen_isa() == ISA::baseline ? ZX_PICK(ISA::baseline, boys_precise) : ZX_PICK(ISA::avx2, boys_precise);
+  static const EVALUATE_T of_eight = ZX_PICK(ISA::avx512, boys_precise);
+  (lanes == lane_count(ISA::avx512) ? of_eight : of_four)(m, t, f);
 }
 
 }  // namespace zentrix::kernels

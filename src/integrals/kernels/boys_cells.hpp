@@ -18,14 +18,14 @@ struct BOYS_SERVICE_T {
   /// in
   /// [-1/2, 1/2]; the eighth number is exp(-T) at the middle of the cell, which so arrives with the coefficients.
   const double* cells[BOYS_LANES_MMAX + 1];
-  bool precise;  ///< extended-precision series in every lane instead of the cells
+  bool precise;  ///< power series and asymptotic form instead of the cells
 };
 
 /// Builds the tables at the first call (from BOYS::evaluate_series) and looks up the precise mode at every call: ask once
 /// per build, outside the loops.
 BOYS_SERVICE_T boys_service();
 
-/// F_0 .. F_m by the extended-precision series (asymptotic form beyond the cells) for `lanes` arguments;
+/// F_0 .. F_m by the power series (asymptotic form beyond T = 35) for the arguments of one vector;
 /// f[order * lanes + lane].
 void boys_series_lanes(int m, const double* t, double* f, int lanes);
 

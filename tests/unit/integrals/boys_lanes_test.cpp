@@ -37,7 +37,8 @@ std::vector<ISA> available() {
 }
 
 std::vector<double> grid() {
-  std::vector<double> t = {0.0, 1e-300, 1e-16, 63.99999, 64.0, 64.00001, 79.9999999, 80.0, 80.1, 200.0, 1e4, 1e9};
+  std::vector<double> t = {0.0,      1e-300,     1e-16, 34.99999, 35.00001, 63.99999, 64.0,
+                           64.00001, 79.9999999, 80.0,  80.1,     200.0,    1e4,      1e9};
   for (double x = 1e-3; x < 90.0; x += 0.0917) t.push_back(x);
   for (int i = 0; i < 700; ++i) t.push_back(i / 8.0);  // cell edges
   while (t.size() % 8 != 0) t.push_back(1.0);
