@@ -30,6 +30,7 @@ CASES = {
     "benzene/cc-pVDZ": (BENZENE, "cc-pVDZ", True, 6, 12000),
     "benzene/cc-pVTZ": (BENZENE, "cc-pVTZ", True, 6, 12000),
     "benzene/cc-pVDZ/direct": (BENZENE, "cc-pVDZ", True, 6, 150),
+    "benzene/cc-pVTZ/direct": (BENZENE, "cc-pVTZ", True, 6, 400),
 }
 
 

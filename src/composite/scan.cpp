@@ -1,9 +1,12 @@
 #include "composite/scan.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
+#include "constants/limits.hpp"
 #include "constants/units.hpp"
+#include "geometry/internal_coords.hpp"
 #include "geometry/zmatrix_values.hpp"
 #include "input/input_parser.hpp"
 
@@ -86,24 +89,31 @@ class NEIGHBOURS_T {
   std::vector<std::optional<TRACE_T>> last_;
 };
 
-/// Constraints of a point: the swept coordinates at their values, then those of the input.
-std::vector<INTERNAL_COORDS::CONSTRAINT_T> constraints_at(const INPUT_PARSER::INPUT_DATA_T& input,
-                                                          const std::vector<double>& values) {
-  std::vector<INTERNAL_COORDS::CONSTRAINT_T> constraints;
-  for (std::size_t v = 0; v < input.scan.size(); ++v) {
-    const INPUT_PARSER::SCAN_VARIABLE_T& variable = input.scan[v];
-    const INPUT_PARSER::ZMATRIX_ROW_T& row = input.zmatrix[static_cast<std::size_t>(variable.row) - 1];
-    INTERNAL_COORDS::CONSTRAINT_T constraint;
-    constraint.kind = variable.kind == 'R' ? 'B' : variable.kind;
-    constraint.atoms = {variable.row, row.bond_atom};
-    if (variable.kind != 'R') constraint.atoms.push_back(row.angle_atom);
-    if (variable.kind == 'D') constraint.atoms.push_back(row.dihedral_atom);
-    constraint.target = variable.kind == 'R' ? values[v] * BOHR_PER_ANGSTROM : values[v] * RADIAN_PER_DEGREE;
-    constraints.push_back(constraint);
+/// The value of a coordinate at the positions of the input, bohr or radian.
+double value_in_input(const INPUT_PARSER::INPUT_DATA_T& input, const INPUT_PARSER::CONSTRAINT_T& entry) {
+  using namespace INTERNAL_COORDS;
+  CARTESIAN_T positions(3 * static_cast<Eigen::Index>(input.atoms.size()));
+  for (std::size_t a = 0; a < input.atoms.size(); ++a)
+    positions.segment<3>(3 * static_cast<Eigen::Index>(a)) =
+        Eigen::Map<const Eigen::Vector3d>(input.atoms[a].position.data());
+  INTCOORD_T coordinate;
+  coordinate.kind = entry.kind == 'B' ? KIND::bond : entry.kind == 'A' ? KIND::angle : KIND::dihedral;
+  std::copy(entry.atoms.begin(), entry.atoms.end(), coordinate.atoms.begin());
+  return coordinate_value(coordinate, positions);
+}
+
+/// What all points of a relaxed scan hold: the swept coordinates, whose targets each point sets, and the coordinates of the
+/// input at their values there. A value taken from the starting structure of a point would drift along the scan, because
+/// the swept values move coordinates that are not in the Z-matrix.
+std::vector<INTERNAL_COORDS::CONSTRAINT_T> held_coordinates(const INPUT_PARSER::INPUT_DATA_T& input) {
+  std::vector<INTERNAL_COORDS::CONSTRAINT_T> held;
+  for (const INPUT_PARSER::SCAN_VARIABLE_T& variable : input.scan) {
+    const INPUT_PARSER::CONSTRAINT_T swept = INPUT_PARSER::swept_coordinate(input, variable);
+    held.push_back({swept.kind, swept.atoms, std::nullopt});
   }
   for (const INPUT_PARSER::CONSTRAINT_T& entry : input.constraints)
-    constraints.push_back({entry.kind, entry.atoms, std::nullopt});
-  return constraints;
+    held.push_back({entry.kind, entry.atoms, value_in_input(input, entry)});
+  return held;
 }
 
 /// Walks the grid. `evaluate` gets the rows with the swept values in them, their positions and the neighbour's trace; it
@@ -175,11 +185,14 @@ SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, GRADIENTS::SCF
 SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
                            OPTIMIZER::OPTIMIZER_OBSERVER_T& optimizer_observer, SCAN_OBSERVER_T& observer,
                            std::ostream& report) {
+  OPTIMIZER::OPTIMIZER_SETTINGS_T settings = OPTIMIZER::settings_from(input);
+  settings.constraints = held_coordinates(input);
   return walk(input, observer, report, [&](const CARTESIAN_T& positions, SCAN_POINT_T& point, TRACE_T& trace) {
+    if (settings.constraints.size() > MAX_CONSTRAINTS) return SCAN_STATUS::too_many_held;
+    for (std::size_t v = 0; v < input.scan.size(); ++v)
+      settings.constraints[v].target = point.values[v] * (input.scan[v].kind == 'R' ? BOHR_PER_ANGSTROM : RADIAN_PER_DEGREE);
     const auto surface = make_surface(positions);
     surface->start_from(trace.densities);
-    OPTIMIZER::OPTIMIZER_SETTINGS_T settings = OPTIMIZER::settings_from(input);
-    settings.constraints = constraints_at(input, point.values);
     const OPTIMIZER::OPTIMIZATION_T optimum = OPTIMIZER::optimize(*surface, settings, optimizer_observer);
     if (optimum.outcome == OPTIMIZER::OUTCOME::refused) return SCAN_STATUS::refused;
     point.energy = optimum.point.energy;

@@ -30,7 +30,7 @@ struct SCAN_POINT_T {
   int steps = 0;  ///< of the optimisation
 };
 
-enum class SCAN_STATUS { done, no_geometry, unknown_kind, refused };
+enum class SCAN_STATUS { done, no_geometry, unknown_kind, too_many_held, refused };
 
 struct SCAN_RESULT_T {
   SCAN_STATUS status = SCAN_STATUS::done;
@@ -55,7 +55,8 @@ SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, GRADIENTS::SCF
 /// A surface whose molecule stands at the given positions, bohr.
 using SURFACE_MAKER_T = std::function<std::unique_ptr<GRADIENTS::SCF_SURFACE_T>(const GRADIENTS::CARTESIAN_T&)>;
 
-/// Optimised energies at all points, swept coordinates and the input's constraints held. Every point starts from the optimum
+/// Optimised energies at all points, the swept coordinates held at the values of the point and the constraints of the input
+/// at those of its geometry. Every point starts from the optimum
 /// (structure and density) of a neighbour as above, with the swept values replaced.
 SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
                            OPTIMIZER::OPTIMIZER_OBSERVER_T& optimizer_observer, SCAN_OBSERVER_T& observer,

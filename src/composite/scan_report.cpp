@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "constants/limits.hpp"
 #include "constants/units.hpp"
 #include "report/layout.hpp"
 
@@ -128,7 +129,8 @@ void SCAN_PRINTER_T::point_ends(long p, const SCAN_POINT_T& point) {
   report_.flush();
 }
 
-void print_scan_failure(const SCAN_RESULT_T& result, bool relaxed, std::ostream& report) {
+void print_scan_failure(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, bool relaxed, std::ostream& report) {
+  const auto unknown = [](const SCAN_VARIABLE_T& v) { return v.kind != 'R' && v.kind != 'A' && v.kind != 'D'; };
   switch (result.status) {
     case SCAN_STATUS::no_geometry:
       if (relaxed) {
@@ -137,12 +139,16 @@ void print_scan_failure(const SCAN_RESULT_T& result, bool relaxed, std::ostream&
         fmt::print(report, " *** ERROR: scan: cannot build geometry at point {}\n", result.failed_at);
       }
       break;
+    case SCAN_STATUS::too_many_held:
+      fmt::print(report, "   Sweep variables and constraints together are more than {} coordinates to hold.\n",
+                 MAX_CONSTRAINTS);
+      [[fallthrough]];
     case SCAN_STATUS::refused:
       fmt::print(report, " *** ERROR: scanopt: cannot build geometry / constraints at point {}\n", result.failed_at);
       break;
     case SCAN_STATUS::unknown_kind:
-      fmt::print(report, " *** ERROR ({}): unknown sweep kind: at point {}\n", relaxed ? "scanopt" : "scan",
-                 result.failed_at);
+      fmt::print(report, " *** ERROR ({}): unknown sweep kind: {}\n", relaxed ? "scanopt" : "scan",
+                 std::find_if(variables.begin(), variables.end(), unknown)->kind);
       break;
     case SCAN_STATUS::done:
       break;

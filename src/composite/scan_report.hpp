@@ -24,7 +24,7 @@ class SCAN_PRINTER_T : public SCAN_OBSERVER_T {
 };
 
 /// Why a scan ended early.
-void print_scan_failure(const SCAN_RESULT_T& result, bool relaxed, std::ostream& report);
+void print_scan_failure(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, bool relaxed, std::ostream& report);
 /// Tables of all points, relative to the lowest converged one.
 void print_scan_summary(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, bool relaxed, std::ostream& report);
 /// Writes the points as plain columns (values, energy, energy above the minimum, 1 for converged); false when the file

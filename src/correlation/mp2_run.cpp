@@ -13,7 +13,6 @@ MP2_RESULT_T run_mp2(const SCF::GEOMETRY_DATA_T& geometry, const SCF::SCF_RESULT
     MP2_OBSERVER_T silent;
     return mp2_energy(geometry, scf, settings, silent);
   }
-  if (input.frozen_core < 0) print_frozen_core(settings.frozen_core, *report);
   MP2_PRINTER_T printer(*report);
   return mp2_energy(geometry, scf, settings, printer);
 }

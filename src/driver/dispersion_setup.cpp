@@ -37,7 +37,7 @@ int set_up_d3(RUN_T& run, std::ostream& report) {
     return tell_fatal("dispersion setup failed", report);
   }
   std::vector<int> elements;
-  for (const auto& atom : run.input.atoms) elements.push_back(atom.z);
+  for (const auto& atom : run.input.atoms) elements.push_back(atom.ghost ? 0 : atom.z);
   run.nuclear_terms.push_back(std::make_unique<GRADIENTS::D3_TERM_T>(DISPERSION::D3_T(parameters, data, elements)));
   DISPERSION::print_dispersion(parameters, report);
   return 0;

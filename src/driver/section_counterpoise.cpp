@@ -1,8 +1,11 @@
+#include <fmt/ostream.h>
+
 #include "composite/counterpoise.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
 #include "driver/sections.hpp"
 #include "molecule/molecule.hpp"
+#include "report/stop.hpp"
 
 namespace zentrix {
 namespace {
@@ -25,8 +28,14 @@ COMPOSITE::SUBSYSTEM_ENERGY_T subsystem_energy(const RUN_T& run, const INPUT_PAR
 int section_counterpoise(RUN_T& run, std::ostream& report) {
   set_run_phase("the counterpoise analysis");
   COMPOSITE::COUNTERPOISE_T result;
-  const auto energy_of = [&](const INPUT_PARSER::INPUT_DATA_T& subsystem) {
-    return subsystem_energy(run, subsystem, report);
+  // A fault inside a step is a failure of the step, whose line names the fragment.
+  const auto energy_of = [&](const INPUT_PARSER::INPUT_DATA_T& subsystem) -> COMPOSITE::SUBSYSTEM_ENERGY_T {
+    try {
+      return subsystem_energy(run, subsystem, report);
+    } catch (const run_stopped& stop) {
+      fmt::print(report, "{}\n", stop.what());
+      return {0.0, true};
+    }
   };
   return COMPOSITE::run_counterpoise(run.input, energy_of, result, report);
 }

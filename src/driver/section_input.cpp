@@ -1,5 +1,6 @@
 #include <fmt/ostream.h>
 
+#include "correlation/mp2_report.hpp"
 #include "driver/availability.hpp"
 #include "driver/dispersion_setup.hpp"
 #include "driver/driver_report.hpp"
@@ -56,6 +57,17 @@ int set_up_method(RUN_T& run, std::ostream& report) {
   return set_up_dispersion(run, report);
 }
 
+/// What an MP2 run leaves uncorrelated, where the user might not expect it.
+void tell_frozen_core(const RUN_T& run, std::ostream& report) {
+  if (run.input.frozen_core < 0) {
+    CORRELATION::print_frozen_core(automatic_frozen_core(run.molecule), report);
+  } else if (run.input.frozen_core > 0 && run.input.job == JOB::bsse) {
+    fmt::print(report, "   *** WARNING: %frozen_core {} freezes as many orbitals in every fragment as in the complex;\n",
+               run.input.frozen_core);
+    fmt::print(report, "            -1 (automatic) freezes the cores of each.\n");
+  }
+}
+
 int set_up_molecule(RUN_T& run, std::ostream& report) {
   fmt::print(report, "\n Building molecule...\n");
   if (const int error = build_molecule(run.input, run.molecule, report); error != 0) {
@@ -65,6 +77,7 @@ int set_up_molecule(RUN_T& run, std::ostream& report) {
   print_molecule_summary(run.molecule, report);
   if (run.functional.name == "MP2" && run.molecule.unrestricted)
     fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
+  if (run.functional.is_mp2()) tell_frozen_core(run, report);
   return refuse_missing(missing_for_molecule(run.molecule), report);
 }
 

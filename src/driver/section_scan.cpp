@@ -21,10 +21,12 @@ void write_side_file(const RUN_T& run, const COMPOSITE::SCAN_RESULT_T& result, s
   }
 }
 
-/// Tables, side file and statuses; the completed points of a scan that ended early stand in the report already.
+/// Tables, side file and statuses. The completed points of a scan that ended early stand in the report already; they go
+/// into the side file as well.
 int finish(RUN_T& run, const COMPOSITE::SCAN_RESULT_T& result, bool relaxed, std::ostream& report) {
   if (result.status != COMPOSITE::SCAN_STATUS::done) {
-    COMPOSITE::print_scan_failure(result, relaxed, report);
+    if (!result.points.empty()) write_side_file(run, result, report);
+    COMPOSITE::print_scan_failure(run.input.scan, result, relaxed, report);
     return 1;
   }
   COMPOSITE::print_scan_summary(run.input.scan, result, relaxed, report);

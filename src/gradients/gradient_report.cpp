@@ -68,6 +68,10 @@ void GRADIENT_PRINTER_T::atom_done(int number) {
   report_.flush();
 }
 
+void print_nuclear_term(const NUCLEAR_TERM_T& term, double energy, std::ostream& report) {
+  fmt::print(report, "     {:<19s}{:20.10f}\n", term.energy_label() + ":", energy);
+}
+
 void GRADIENT_PRINTER_T::semi_analytical_done() { fmt::print(report_, "   Gradient computed.\n"); }
 
 void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {

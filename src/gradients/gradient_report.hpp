@@ -4,6 +4,7 @@
 
 #include "gradients/energy_surface.hpp"
 #include "gradients/gradient_observer.hpp"
+#include "gradients/nuclear_term.hpp"
 
 namespace zentrix::GRADIENTS {
 
@@ -26,6 +27,9 @@ class GRADIENT_PRINTER_T : public GRADIENT_OBSERVER_T {
  private:
   std::ostream& report_;
 };
+
+/// The energy of a nuclear term behind the energies of the SCF that it adds to, hartree.
+void print_nuclear_term(const NUCLEAR_TERM_T& term, double energy, std::ostream& report);
 
 /// The table of a gradient under its heading, one line per atom, then the largest component and the root mean square.
 void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report);

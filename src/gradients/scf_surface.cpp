@@ -26,7 +26,11 @@ void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
 SURFACE_POINT_T SCF_SURFACE_T::energy(const CARTESIAN_T& positions) {
   run_scf(positions);
   SURFACE_POINT_T point{scf_.energy.total(), {}, scf_.converged};
-  for (const NUCLEAR_TERM_T* term : terms_) point.energy += term->energy(positions);
+  for (const NUCLEAR_TERM_T* term : terms_) {
+    const double part = term->energy(positions);
+    if (report_ != nullptr) print_nuclear_term(*term, part, *report_);
+    point.energy += part;
+  }
   return point;
 }
 

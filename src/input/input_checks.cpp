@@ -101,7 +101,8 @@ int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& re
     fmt::print(report, " *** ERROR: No atoms found in input file.\n");
     return 1;
   }
-  if (has_constraint_block && input.job != JOB::opt && input.job != JOB::opt_freq) {
+  // A relaxed scan is a row of optimisations and holds the same coordinates in all of them.
+  if (has_constraint_block && input.job != JOB::opt && input.job != JOB::opt_freq && input.job != JOB::scanopt) {
     fmt::print(report, " *** ERROR: %constrain block requires %job opt or %job opt+freq.\n");
     return 1;
   }

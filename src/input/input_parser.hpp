@@ -30,4 +30,7 @@ std::string job_word(JOB job);
 [[nodiscard]] int zmatrix_to_cartesian(const std::vector<ZMATRIX_ROW_T>& rows, std::vector<double>& coords,
                                        std::ostream& report);
 
+/// The bond, angle or dihedral that a scan variable moves, between the atom of its Z-matrix row and the row's references.
+CONSTRAINT_T swept_coordinate(const INPUT_DATA_T& input, const SCAN_VARIABLE_T& variable);
+
 }  // namespace zentrix::INPUT_PARSER

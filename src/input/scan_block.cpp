@@ -6,6 +6,7 @@
 
 #include "constants/limits.hpp"
 #include "input/blocks.hpp"
+#include "input/input_parser.hpp"
 #include "input/text.hpp"
 
 namespace zentrix::INPUT_PARSER {
@@ -168,6 +169,14 @@ int parse_constraint_block(const std::vector<std::string>& lines, std::vector<CO
   return 0;
 }
 
+CONSTRAINT_T swept_coordinate(const INPUT_DATA_T& input, const SCAN_VARIABLE_T& variable) {
+  const ZMATRIX_ROW_T& row = input.zmatrix[static_cast<std::size_t>(variable.row) - 1];
+  CONSTRAINT_T coordinate{variable.kind == 'R' ? 'B' : variable.kind, {variable.row, row.bond_atom}};
+  if (variable.kind != 'R') coordinate.atoms.push_back(row.angle_atom);
+  if (variable.kind == 'D') coordinate.atoms.push_back(row.dihedral_atom);
+  return coordinate;
+}
+
 int check_constraints(const INPUT_DATA_T& input, std::ostream& report) {
   const int n_atoms = static_cast<int>(input.atoms.size());
   for (std::size_t n = 0; n < input.constraints.size(); ++n) {
@@ -189,6 +198,13 @@ int check_constraints(const INPUT_DATA_T& input, std::ostream& report) {
     for (std::size_t m = 0; m < n; ++m) {
       if (same_coordinate(input.constraints[m], entry)) {
         fmt::print(report, " *** ERROR: %constrain: entries {} and {} refer to the same coordinate.\n", m + 1, n + 1);
+        return 1;
+      }
+    }
+    for (std::size_t v = 0; input.job == JOB::scanopt && v < input.scan.size(); ++v) {
+      if (same_coordinate(swept_coordinate(input, input.scan[v]), entry)) {
+        fmt::print(report, " *** ERROR: %constrain: entry {} is the coordinate that sweep variable {} moves.\n", n + 1,
+                   v + 1);
         return 1;
       }
     }

@@ -10,7 +10,7 @@ import json
 import pathlib
 import sys
 
-from pyscf import dft, gto, scf
+from pyscf import dft, gto, mp, scf
 
 from common import BOHR, atoms_of, read_basis
 
@@ -57,6 +57,12 @@ CASES = [
      inline("Li 0 0 1.85", "O 0 0 0; H 0 0.757 -0.587; H 0 -0.757 -0.587")),
     ("methyl radical and water", "HF", "6-31G*", False, [(0, 2), (0, 2), (0, 1)],
      inline("C 0 0 0; H 1.079 0 0; H -0.5395 0.9344 0; H -0.5395 -0.9344 0", "O 0 0 3.3; H 0 0.1 2.34; H 0.9 0 3.6")),
+    ("methyl radical and water", "MP2", "6-31G*", False, [(0, 2), (0, 2), (0, 1)],
+     inline("C 0 0 0; H 1.079 0 0; H -0.5395 0.9344 0; H -0.5395 -0.9344 0", "O 0 0 3.3; H 0 0.1 2.34; H 0.9 0 3.6")),
+    ("hydrogen fluoride dimer", "MP2", "cc-pVDZ", True, [(0, 1), (0, 1), (0, 1)],
+     inline("F 0 0 0; H 0 0.18 0.91", "F 0 -0.1 2.73; H 0 0.79 3.02")),
+    ("oxygen atom and hydrogen", "MP2", "cc-pVDZ", True, [(0, 3), (0, 3), (0, 1)],
+     inline("O 0 0 0", "H 0.37 0 2.6; H -0.37 0 2.6")),
     ("triplet oxygen and water", "HF", "3-21G", False, [(0, 3), (0, 1), (0, 3)],
      inline("O 0 0 0; H 0 0.757 0.587; H 0 -0.757 0.587", "O 0 0 -3.2; O 0.2 0 -4.38")),
     ("hydrogen atoms", "PBE", "6-31G**", False, [(0, 3), (0, 2), (0, 2)], inline("H 0 0 0", "H 0 0 2.5")),
@@ -74,7 +80,7 @@ def energy(method, basis, spherical, state, atoms, real):
     mol = gto.M(atom=[(label, [x * BOHR for x in r]) for label, (_, r) in zip(labels, atoms)], unit="Bohr", charge=charge,
                 spin=multiplicity - 1, cart=not spherical, verbose=0,
                 basis={label: read_basis(FOLDER, basis, s) for label, (s, _) in zip(labels, atoms)})
-    if method == "HF":
+    if method in ("HF", "MP2"):
         mf = (scf.RHF if multiplicity == 1 else scf.UHF)(mol)
     else:
         mf = (dft.RKS if multiplicity == 1 else dft.UKS)(mol)
@@ -83,6 +89,8 @@ def energy(method, basis, spherical, state, atoms, real):
     mf.conv_tol = 1e-11
     found = mf.kernel()
     assert mf.converged, (method, basis, labels)
+    if method == "MP2":  # the 1s of every real atom beyond helium is frozen
+        found += mp.MP2(mf, frozen=sum(label not in ("H", "He") for k, label in enumerate(labels) if k in real)).kernel()[0]
     return float(found)
 
 
@@ -99,6 +107,7 @@ def run(name, method, basis, spherical, states, complex_):
             "in_complex_basis": among}
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-print("]")
+if __name__ == "__main__":
+    for number, case in enumerate(CASES):
+        print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
+    print("]")

@@ -17,9 +17,9 @@ const std::string water = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -
 TEST(Mp2Report, ClosedShell) {
   const PROGRAM_RUN_T run = run_program_in_folder("%method mp2\n%basis 6-31G*\n%print_time\n" + water);
   ASSERT_EQ(run.status, 0) << run.report;
-  expect_in_order(run, {"   SCF converged in ",
+  expect_in_order(run, {"   Frozen core (auto): 1 orbital(s).  Override with %frozen_core 0 to correlate all.\n",
+                        "   SCF converged in ",
                         " --- MP2 Correlation Energy ---\n",
-                        "   Frozen core (auto): 1 orbital(s).  Override with %frozen_core 0 to correlate all.\n",
                         "   All valence electrons are correlated\n",
                         "   Basis functions: 19  Occupied: 5  Virtual: 14\n",
                         "   Frozen core: 1  Correlated: 4\n",

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -12,6 +16,23 @@ namespace {
 
 std::string water(const std::string& angle) { return "%gz\nO\nH 1 0.96\nH 1 0.96 2 " + angle + "\n*end\n"; }
 const std::string bending = "%scan\nA 3 from 95 to 125 step 10\n*end\n";
+const std::string peroxide = "%gz\nO\nO 1 1.45\nH 1 0.97 2 100\nH 2 0.97 1 100 3 115\n*end\n";
+
+/// A run with the columns of its side file: values of the variables, energy, energy above the minimum, convergence.
+struct SCAN_RUN_T {
+  PROGRAM_RUN_T program;
+  std::vector<std::vector<double>> rows;
+};
+SCAN_RUN_T run_scan(const std::string& input) {
+  SCAN_RUN_T run{run_program_in_folder(input, "PROGRAM run.inp; status=$?; cat run.scan; exit $status"), {}};
+  std::istringstream lines(run.program.report.substr(run.program.report.rfind("\n# ") + 1));
+  std::string line;
+  for (std::getline(lines, line); std::getline(lines, line);) {
+    std::istringstream words(line);
+    run.rows.emplace_back(std::istream_iterator<double>(words), std::istream_iterator<double>());
+  }
+  return run;
+}
 
 }  // namespace
 
@@ -27,22 +48,30 @@ TEST(ScanReport, WaterBendingOnTheMp2Surface) {
             "   Initial Fock matrix:       previous density\n", "   --- scan point 4: E = ", "  Rigid PES scan -- summary\n",
             "   Point      A(deg)         E(Ha)       dE(kcal/mol)\n", "       4     125.0000   ", "   Minimum energy:  ",
             "     at var 1 (A) = 105.0000 deg\n", "   Scan points written to: run.scan\n", "  Zentrix run completed.\n"});
-  EXPECT_TRUE(std::count(run.files.begin(), run.files.end(), "run.scan") == 1);
   const PROGRAM_RUN_T single = run_program_in_folder("%method mp2\n%basis 6-31G*\n" + water("115"));
   EXPECT_NEAR(run.number("   --- scan point 3: E = "), single.number("     Total energy:      "), 1e-7);
 }
 
-TEST(ScanReport, PeroxideTorsionAndStretch) {
-  const PROGRAM_RUN_T run = run_program_in_folder(
-      "%job scan\n%gz\nO\nO 1 1.45\nH 1 0.97 2 100\nH 2 0.97 1 100 3 115\n*end\n%scan\nD 4 60 180 60\nR 2 1.4 1.5 "
-      "0.1\n*end\n");
-  ASSERT_EQ(run.status, 0) << run.report;
-  expect_in_order(
-      run,
-      {"total grid points: 6\n", "     var 1: dihedral D, row 4, from 60.0000 to 180.0000 deg  (3 points)\n",
-       "     var 2: bond R, row 2, from 1.4000 to 1.5000 Ang  (2 points)\n", " Scan point 6\n",
-       "         var 1 (D): 180.0000 deg\n         var 2 (R): 1.5000 Ang\n", "   E (Ha) -- rows: var 1, columns: var 2\n",
-       "   dE (kcal/mol relative to minimum)\n", "      0.0*", "   Minimum energy:  "});
+// tests/reference/make_scan_references.py: every point of a bending, of a torsion with a stretch, of a relaxed torsion.
+TEST(ScanReport, EveryPointOfAnIndependentProgram) {
+  const nlohmann::json cases = nlohmann::json::parse(file_text(ZENTRIX_SOURCE_DIR "/tests/reference/scans.json"));
+  ASSERT_EQ(cases.size(), 3U);
+  for (const auto& entry : cases) {
+    std::string input = entry["input"];
+    const bool relaxed = input.find("scanopt") != std::string::npos;
+    // Minima and barriers of the torsion lie at every other point.
+    const std::size_t stride = relaxed && std::getenv("ZENTRIX_LONG_TESTS") == nullptr ? 2 : 1;
+    if (stride == 2) input.replace(input.rfind("-30"), 3, "-60");
+    const SCAN_RUN_T run = run_scan(input);
+    ASSERT_EQ(run.program.status, 0) << run.program.report;
+    ASSERT_EQ(run.rows.size(), (entry["points"].size() + stride - 1) / stride);
+    for (std::size_t p = 0; p < run.rows.size(); ++p) {
+      const std::vector<double> expected = entry["points"][stride * p];
+      ASSERT_EQ(run.rows[p].size(), expected.size() + 2);
+      for (std::size_t v = 0; v < expected.size(); ++v)
+        EXPECT_NEAR(run.rows[p][v], expected[v], relaxed ? 1e-6 : 2e-8) << entry["scan"] << " " << p;
+    }
+  }
 }
 
 TEST(ScanReport, FailuresAreMarkedOrEndTheJob) {
@@ -50,11 +79,13 @@ TEST(ScanReport, FailuresAreMarkedOrEndTheJob) {
   EXPECT_EQ(unconverged.status, 3) << unconverged.report;
   expect_in_order(unconverged, {"  **\n", "   Minimum energy:  none (no point converged)\n",
                                 "   ** = SCF did not converge at this point.\n", "  Zentrix run completed.\n"});
-  const PROGRAM_RUN_T coincident =
-      run_program_in_folder("%job scan\n" + water("104.5") + "%scan\nA 3 from 60 to 0 step 30\n*end\n");
-  EXPECT_EQ(coincident.status, 1);
-  expect_in_order(coincident, {"   --- scan point 2: E = ", " Scan point 3\n"});
-  EXPECT_TRUE(coincident.ends_with(" *** ERROR: scan: cannot build geometry at point 3\n")) << coincident.report;
+  // Completed points stand in the report and in the side file.
+  const SCAN_RUN_T coincident = run_scan("%job scan\n" + water("104.5") + "%scan\nA 3 from 60 to 0 step 30\n*end\n");
+  EXPECT_EQ(coincident.program.status, 1);
+  expect_in_order(coincident.program,
+                  {"   --- scan point 2: E = ", " Scan point 3\n", "   Scan points written to: run.scan\n",
+                   " *** ERROR: scan: cannot build geometry at point 3\n"});
+  EXPECT_EQ(coincident.rows.size(), 2U);
 }
 
 // Every point is the minimum that a constrained optimisation finds.
@@ -69,4 +100,23 @@ TEST(ScanReport, RelaxedScanOfTheWaterAngle) {
   const PROGRAM_RUN_T single = run_program_in_folder("%job opt\n" + water("105") + "%constrain\nA 2 1 3\n*end\n");
   ASSERT_EQ(single.status, 0) << single.report;
   EXPECT_NEAR(run.number("   --- scanopt point 2: E = "), single.number("     Total energy:      "), 1e-6);
+}
+
+// The distance of the hydrogen atoms is no Z-matrix value: the torsion would carry it along.
+TEST(ScanReport, ConstraintsOfARelaxedScan) {
+  const PROGRAM_RUN_T held =
+      run_program_in_folder("%job scanopt\n" + peroxide + "%scan\nD 4 100 120 10\n*end\n%constrain\nB 3 4\nB 2 1\n*end\n");
+  ASSERT_EQ(held.status, 0) << held.report;
+  std::size_t at = 0;
+  for (int point = 1; point <= 3; ++point) {
+    at = held.report.find("   ADDED (R = 4.546859 bohr)\n", at + 1);
+    ASSERT_NE(at, std::string::npos) << held.report;
+    // The coordinates of atoms 3 and 4 in the last geometry before the end of the point.
+    std::istringstream rows(
+        held.report.substr(held.report.rfind("      3  H ", held.report.find("   --- scanopt point", at))));
+    double x[2][3];
+    std::string number, symbol;
+    for (auto& atom : x) rows >> number >> symbol >> atom[0] >> atom[1] >> atom[2];
+    EXPECT_NEAR(std::hypot(x[0][0] - x[1][0], x[0][1] - x[1][1], x[0][2] - x[1][2]), 4.546859 / 1.8897261246, 2e-5);
+  }
 }

@@ -130,16 +130,6 @@ TEST(MP2, BatchesCoverAllOrbitalsWithinTheirBudget) {
   EXPECT_EQ(CORRELATION::occupied_batches(21, 30, std::int64_t{1} << 40).size(), 1U);
 }
 
-TEST(MP2, DistantFragmentsAddUp) {
-  const double hydrogen = mp2_of("H 0 0 0\nH 0 0 0.7414\n", "cc-pVDZ", 0).energy();
-  const double fluoride = mp2_of(TESTS::hydrogen_fluoride, "cc-pVDZ", 1).energy();
-  const double both = mp2_of(TESTS::hydrogen_fluoride + "H 80 0 0\nH 80 0 0.7414\n", "cc-pVDZ", 1).energy();
-  EXPECT_NEAR(both, hydrogen + fluoride, 1e-9);
-  const double nitrogen = mp2_of("N 0 0 0\n", "6-31G*", 1, {0, 4, false}).energy();
-  const double neon = mp2_of("Ne 0 0 0\n", "6-31G*", 1).energy();
-  EXPECT_NEAR(mp2_of("N 0 0 0\nNe 0 90 0\n", "6-31G*", 2, {0, 4, false}).energy(), nitrogen + neon, 1e-9);
-}
-
 TEST(MP2, ChannelsWithoutPairsAreEmpty) {
   const MP2_RESULT_T hydrogen = mp2_of("H 0 0 0\nH 0 0 0.7414\n", "cc-pVDZ", 0);
   EXPECT_LT(hydrogen.energy(), -0.02);

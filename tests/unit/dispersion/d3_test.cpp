@@ -1,5 +1,6 @@
 #include "dispersion/d3.hpp"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <omp.h>
 
@@ -189,52 +190,29 @@ TEST(D3, AtomsThatTakeNoPart) {
   EXPECT_EQ(gradient, VECTOR::Zero(6));
 }
 
-TEST(D3, TwoAtomsByHand) {
-  // One reference each, so that C6 is the entry of the file whatever the coordination numbers; the line of the pair is in
-  // the order 2, 1 and must serve 1, 2 as well.
-  const D3_DATA_T data = small_data("1 0.8 2.0\n2 1.2 1.5\n", "2 1 0.5 0.3 4.0\n");
-  const D3_PARAMETERS_T pbe = parameters_of("PBE");
-  VECTOR positions(6);
-  positions << 0, 0, 0, 0, 3, 4;
-  const double c8_by_c6 = 3.0 * 2.0 * 1.5;
-  const double r0 = pbe.a1 * std::sqrt(c8_by_c6) + pbe.a2;
-  const double expected =
-      -4.0 / (std::pow(5.0, 6) + std::pow(r0, 6)) - pbe.s8 * 4.0 * c8_by_c6 / (std::pow(5.0, 8) + std::pow(r0, 8));
-  EXPECT_NEAR(D3_T(pbe, data, {1, 2}).energy(positions), expected, 1e-17);
-}
-
-TEST(D3, ParametersByFunctional) {
-  EXPECT_EQ(parameters_of("b3lyp3").s8, 1.9889);
-  const D3_PARAMETERS_T bpw91 = parameters_of("BPW91 ");
-  EXPECT_EQ(bpw91.s8, 3.2822);
-  EXPECT_EQ(bpw91.a1, 0.3946);
-  EXPECT_EQ(bpw91.a2, 4.8516);
-  EXPECT_EQ(bpw91.s6, 1.0);
-  D3_PARAMETERS_T parameters;
-  for (const char* off : {"", "  ", "none", "NONE"}) {
+TEST(D3, ParametersByWordAndFunctional) {
+  const auto answer = [](const char* word, const char* functional) {
+    D3_PARAMETERS_T found;
     std::ostringstream report;
-    EXPECT_EQ(select_d3(off, "R2SCAN", parameters, report), 0);
-    EXPECT_TRUE(parameters.model.empty() && report.str().empty());
-  }
-  for (const char* on : {"d3", "D3BJ", "d3-bj", "D3(BJ)"}) {
-    std::ostringstream report;
-    EXPECT_EQ(select_d3(on, "HF", parameters, report), 0);
-    EXPECT_EQ(parameters.model, "D3(BJ)");
-  }
-  const auto refusal = [](const char* word, const char* functional) {
-    D3_PARAMETERS_T none;
-    std::ostringstream report;
-    EXPECT_NE(select_d3(word, functional, none, report), 0);
-    return report.str();
+    const int error = select_d3(word, functional, found, report);
+    EXPECT_EQ(error == 0, report.str().empty());
+    return error != 0 || found.model.empty()
+               ? report.str()
+               : fmt::format("{} {} {} {} {}", found.model, found.s6, found.s8, found.a1, found.a2);
   };
+  for (const char* off : {"", "  ", "none", "NONE"}) EXPECT_EQ(answer(off, "R2SCAN"), "");
+  for (const char* on : {"d3", "D3BJ", "d3-bj", "D3(BJ)"}) EXPECT_EQ(answer(on, "HF"), "D3(BJ) 1 0.9171 0.3385 2.883");
   for (const char* zero : {"D3ZERO", "d3-zero", "D3(0)", "D3(ZERO)"}) {
-    EXPECT_EQ(refusal(zero, "HF"),
+    EXPECT_EQ(answer(zero, "HF"),
               " *** ERROR: D3(zero) damping is not yet implemented.\n     Use D3BJ (default, recommended) instead.\n");
   }
-  EXPECT_EQ(refusal("D5", "HF"), " *** ERROR: unknown dispersion model: D5\n     Supported: D3BJ, NONE\n");
-  EXPECT_EQ(refusal("D3", "R2SCAN"),
-            " *** ERROR: no D3(BJ) parameters for R2SCAN\n"
-            "     Built-in: HF, BLYP, BP86, BPW91, B3LYP, PBE, PBE0, TPSS\n");
+  EXPECT_EQ(answer("D5", "HF"), " *** ERROR: unknown dispersion model: D5\n     Supported: D3BJ, NONE\n");
+  EXPECT_EQ(answer("D3", "BPW91 "), "D3(BJ) 1 3.2822 0.3946 4.8516");
+  EXPECT_EQ(answer("D3", "b3lyp3"), "D3(BJ) 1 1.9889 0.3981 4.4211");
+  for (const char* without : {"R2SCAN", "LDA", "MP2", "PBE00"}) {
+    EXPECT_EQ(answer("D3", without), std::string(" *** ERROR: no D3(BJ) parameters for ") + without +
+                                         "\n     Built-in: HF, BLYP, BP86, BPW91, B3LYP, PBE, PBE0, TPSS\n");
+  }
 }
 
 TEST(D3Data, DamagedFiles) {

@@ -116,6 +116,11 @@ TEST(Constraints, FaultyLinesAndEntries) {
   }
   // Another bond order of the same atoms is another coordinate.
   EXPECT_EQ(parse(constrained_input("A 1 2 3\nA 2 1 3\nD 1 2 3 4\nD 1 3 2 4\n")).error, 0);
+  // A relaxed scan holds what it sweeps already; an entry may not be swept as well.
+  const std::string swept = "%job scanopt\n" + peroxide + "%scan\nD 4 0 90 30\nR 2 1.4 1.5 0.1\n*end\n%constrain\n";
+  EXPECT_EQ(parse(swept + "B 1 3\nA 1 2 3\n*end\n").error, 0);
+  EXPECT_EQ(parse(swept + "B 1 3\nB 1 2\n*end\n").report,
+            std::string(" *** ERROR: %constrain: entry 2 is the coordinate that sweep variable 2 moves.\n") + aborted);
   EXPECT_EQ(parse("%job ts\n" + peroxide + "%constrain\n*end\n").report,
             std::string(" *** ERROR: %constrain block requires %job opt or %job opt+freq.\n") + aborted);
 }
