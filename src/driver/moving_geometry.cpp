@@ -14,6 +14,15 @@ void keep_for_interruption(const std::vector<std::string>& symbols, const VECTOR
   set_interrupt_note(note.str());
 }
 
+OPTIMIZATION_PRINTER_T::OPTIMIZATION_PRINTER_T(const RUN_T& run, std::ostream& report)
+    : OPTIMIZER_PRINTER_T(run.molecule, {run.input.zmatrix, run.input.print_grad}, report),
+      symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
+
+void OPTIMIZATION_PRINTER_T::evaluating(int step, const VECTOR& positions) {
+  keep_for_interruption(symbols_, positions);
+  OPTIMIZER_PRINTER_T::evaluating(step, positions);
+}
+
 void settle(RUN_T& run, GRADIENTS::SCF_SURFACE_T& surface, const VECTOR& positions) {
   run.optimized = true;
   run.scf = surface.last_scf();

@@ -5,31 +5,10 @@
 #include "driver/moving_geometry.hpp"
 #include "driver/sections.hpp"
 #include "geometry/optimizer.hpp"
-#include "geometry/optimizer_report.hpp"
-#include "geometry/positions_report.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
 
 namespace zentrix {
-
-namespace {
-
-/// Keeps the geometry in hand for an interruption as well.
-class PRINTER_T : public OPTIMIZER::OPTIMIZER_PRINTER_T {
- public:
-  PRINTER_T(const RUN_T& run, std::ostream& report)
-      : OPTIMIZER_PRINTER_T(run.molecule, {run.input.zmatrix, run.input.print_grad}, report),
-        symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
-  void evaluating(int step, const VECTOR& positions) override {
-    keep_for_interruption(symbols_, positions);
-    OPTIMIZER_PRINTER_T::evaluating(step, positions);
-  }
-
- private:
-  std::vector<std::string> symbols_;
-};
-
-}  // namespace
 
 int section_optimization(RUN_T& run, std::ostream& report) {
   set_run_phase("Section 5 (geometry optimization)");
@@ -37,7 +16,7 @@ int section_optimization(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::optimizer);
     const auto surface = method_surface(run, &report);
-    PRINTER_T printer(run, report);
+    OPTIMIZATION_PRINTER_T printer(run, report);
     const OPTIMIZER::OPTIMIZATION_T result = OPTIMIZER::optimize(*surface, OPTIMIZER::settings_from(run.input), printer);
     if (result.outcome == OPTIMIZER::OUTCOME::refused) return 1;
     if (result.outcome != OPTIMIZER::OUTCOME::converged) run.converged = false;

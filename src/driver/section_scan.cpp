@@ -3,8 +3,8 @@
 #include "composite/scan_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
+#include "driver/moving_geometry.hpp"
 #include "driver/sections.hpp"
-#include "geometry/optimizer_report.hpp"
 #include "molecule/molecule.hpp"
 #include "report/side_files.hpp"
 #include "report/timing.hpp"
@@ -50,7 +50,7 @@ int section_relaxed_scan(RUN_T& run, std::ostream& report) {
   set_run_phase("the relaxed scan");
   COMPOSITE::print_scan_header(run.input.scan, true, report);
   COMPOSITE::SCAN_PRINTER_T printer(run.input.scan, true, report);
-  OPTIMIZER::OPTIMIZER_PRINTER_T optimizer_printer(run.molecule, {run.input.zmatrix, run.input.print_grad}, report);
+  OPTIMIZATION_PRINTER_T optimizer_printer(run, report);
   const auto make_surface = [&](const GRADIENTS::CARTESIAN_T& positions) {
     run.molecule = GRADIENTS::moved(run.molecule, positions);
     print_molecule_summary(run.molecule, report);

@@ -43,8 +43,16 @@ TEST(CounterpoiseReport, DispersionIsLeftOut) {
   }
 }
 
-TEST(CounterpoiseReport, AnScfThatDoesNotConvergeEndsTheJob) {
+TEST(CounterpoiseReport, AStepThatFailsEndsTheJob) {
   const PROGRAM_RUN_T run = run_program_in_folder("%scf_maxiter 2\n" + helium);
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(run.ends_with(" *** ERROR: BSSE: full-complex SCF failed.\n")) << run.report;
+  // The complex has an orbital to correlate, a fragment has not.
+  const PROGRAM_RUN_T frozen = run_program_in_folder("%method mp2\n%frozen_core 1\n" + helium);
+  EXPECT_EQ(frozen.status, 1);
+  EXPECT_TRUE(frozen.says("   *** WARNING: %frozen_core 1 freezes as many orbitals in every fragment as in the complex;\n"));
+  EXPECT_TRUE(
+      frozen.ends_with("   *** MP2 ERROR: no correlated occupied orbitals\n"
+                       " *** ERROR: BSSE: SCF failed for isolated fragment 1\n"))
+      << frozen.report;
 }
