@@ -24,10 +24,13 @@ constexpr double small_overlap = 1e-8;
 constexpr int oscillation_entries = 4;
 constexpr double oscillation_nearness = 10.0;
 constexpr double oscillation_rise = 5.0;
-/// After this many iterations a run is led downhill, wholly above the upper and not at all below the lower value of |g|.
-constexpr int descent_after = 20;
-constexpr double descent_all = 2e-2;
-constexpr double descent_none = 1e-3;
+/// A run is led downhill wholly above the upper and not at all below the lower value of |g|: a poor start at first, later
+/// any that has not come near a stationary point.
+struct DESCENT_T {
+  double none, all;
+};
+constexpr DESCENT_T early_descent = {1.0, 10.0}, late_descent = {1e-3, 2e-2};
+constexpr int late_after = 20;
 
 /// X = S^(-1/2) = U s^(-1/2) U^T (P.-O. Loewdin, J. Chem. Phys. 18 (1950) 365); nothing is discarded.
 MATRIX orthogonaliser(const MATRIX& overlap, SCF_OBSERVER_T& observer) {
@@ -203,11 +206,10 @@ class LOOP_T {
     return outcome.extrapolated;
   }
 
-  /// Weight of the energy-directed interpolation beside DIIS: none in an ordinary run; a run that is still far from a
-  /// stationary point after many iterations is led downhill until DIIS can take over again.
+  /// Weight of the energy-directed interpolation beside DIIS, which extrapolates well only near a stationary point.
   static double descent_share(const SCF_ROW_T& row) {
-    if (row.iteration <= descent_after) return 0.0;
-    return std::clamp((row.gradient - descent_none) / (descent_all - descent_none), 0.0, 1.0);
+    const DESCENT_T& descent = row.iteration > late_after ? late_descent : early_descent;
+    return std::clamp((row.gradient - descent.none) / (descent.all - descent.none), 0.0, 1.0);
   }
 
   /// Near convergence a sudden rise of the density change means that old entries of the history mislead the extrapolation.
