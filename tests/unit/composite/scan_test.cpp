@@ -3,30 +3,11 @@
 #include <sstream>
 
 #include "composite/scan_report.hpp"
-#include "input/input_parser.hpp"
-#include "molecule/molecule.hpp"
 
 namespace {
 
 using namespace zentrix;
 using namespace zentrix::COMPOSITE;
-
-/// Input, molecule and surface of a scan, as a run sets them up.
-struct SCAN_RUN_T {
-  INPUT_PARSER::INPUT_DATA_T input;
-  DFT::FUNCTIONAL_T functional;
-  MOLECULE_T molecule;
-  std::unique_ptr<GRADIENTS::SCF_SURFACE_T> surface;
-
-  explicit SCAN_RUN_T(const std::string& text) {
-    std::istringstream file(text);
-    std::ostringstream report;
-    EXPECT_EQ(INPUT_PARSER::parse_input_stream(file, input, report), 0) << report.str();
-    EXPECT_EQ(DFT::set_up_functional(input.method, functional, report), 0);
-    EXPECT_EQ(build_molecule(input, molecule, report), 0) << report.str();
-    surface = std::make_unique<GRADIENTS::SCF_SURFACE_T>(input, functional, molecule, nullptr);
-  }
-};
 
 SCAN_VARIABLES_T variables_of(const std::vector<int>& points) {
   SCAN_VARIABLES_T variables;
@@ -49,40 +30,6 @@ TEST(SCAN, LastVariableVariesFastestAndEndsAreExact) {
   EXPECT_EQ(scan_value(variables_of({1})[0], 1), 1.0);
 }
 
-// Whatever density a point starts from, its energy is that of the point alone; the whole surface is symmetric in the two
-// bonds.
-TEST(SCAN, PointsDoNotDependOnTheirNeighbours) {
-  SCAN_RUN_T run(
-      "%job scan\n%scf_ptol 1e-8\n%scf_gtol 1e-7\n%gz\nO\nH 1 0.96\nH 1 0.96 2 104.5\n*end\n"
-      "%scan\nR 2 0.9 1.1 0.1\nR 3 0.9 1.1 0.1\n*end\n");
-  SCAN_OBSERVER_T silent;
-  std::ostringstream report;
-  const SCAN_RESULT_T result = rigid_scan(run.input, *run.surface, silent, report);
-  ASSERT_EQ(result.status, SCAN_STATUS::done) << report.str();
-  ASSERT_EQ(result.points.size(), 9U);
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < r; ++c) EXPECT_NEAR(result.points[3 * r + c].energy, result.points[3 * c + r].energy, 1e-9);
-  for (const std::size_t p : {std::size_t{0}, std::size_t{5}}) {
-    auto rows = run.input.zmatrix;
-    rows[1].bond = result.points[p].values[0];
-    rows[2].bond = result.points[p].values[1];
-    std::vector<double> x(9);
-    ASSERT_EQ(INPUT_PARSER::zmatrix_to_cartesian(rows, x, report), 0);
-    GRADIENTS::SCF_SURFACE_T fresh(run.input, run.functional, run.molecule, nullptr);
-    EXPECT_NEAR(fresh.energy(Eigen::Map<VECTOR>(x.data(), 9)).energy, result.points[p].energy, 1e-9);
-  }
-}
-
-TEST(SCAN, AGeometryThatCannotBeBuiltEndsTheJobThere) {
-  SCAN_RUN_T run("%job scan\n%gz\nO\nH 1 0.96\nH 1 0.96 2 104.5\n*end\n%scan\nA 3 90 0 45\n*end\n");
-  SCAN_OBSERVER_T silent;
-  std::ostringstream report;
-  const SCAN_RESULT_T result = rigid_scan(run.input, *run.surface, silent, report);
-  EXPECT_EQ(result.status, SCAN_STATUS::no_geometry);
-  EXPECT_EQ(result.failed_at, 3);
-  EXPECT_EQ(result.points.size(), 2U);
-}
-
 TEST(SCAN, TablesMarkMinimumAndFailures) {
   SCAN_VARIABLES_T variables = {{'D', 4, 0.0, 90.0, 90.0, 2}, {'R', 3, 1.4, 1.6, 0.1, 3}};
   SCAN_RESULT_T result;
@@ -96,7 +43,8 @@ TEST(SCAN, TablesMarkMinimumAndFailures) {
   const std::string table = two.str();
   EXPECT_NE(table.find("   E (Ha) -- rows: var 1, columns: var 2\n"), std::string::npos) << table;
   EXPECT_NE(table.find("   dE (kcal/mol relative to minimum)\n"), std::string::npos);
-  EXPECT_NE(table.find("      0.0*          **\n"), std::string::npos) << table;  // the failed point is lower, but no minimum
+  EXPECT_NE(table.find("      0.0*          **\n"), std::string::npos)
+      << table;  // the failed point is lower, but no minimum
   EXPECT_NE(
       table.find("   Minimum energy:  -1.0400000000\n     at var 1 (D) = 90.0000 deg\n     at var 2 (R) = 1.5000 Ang\n"),
       std::string::npos)
@@ -112,6 +60,22 @@ TEST(SCAN, TablesMarkMinimumAndFailures) {
             std::string::npos);
   EXPECT_NE(one.str().find("-6.2751  **\n"), std::string::npos) << one.str();
   EXPECT_NE(one.str().find("   ** = optimization did not converge at this point.\n"), std::string::npos);
+}
+
+TEST(SCAN, ReasonsForAnEarlyEnd) {
+  const auto message = [](SCAN_STATUS status, bool relaxed) {
+    std::ostringstream report;
+    print_scan_failure({{'R', 2, 1.0, 1.5, 0.1, 6}, {'X', 3, 1.0, 1.5, 0.1, 6}}, {status, 4, {}}, relaxed, report);
+    return report.str();
+  };
+  const std::string refused = " *** ERROR: scanopt: cannot build geometry / constraints at point 4\n";
+  EXPECT_EQ(message(SCAN_STATUS::no_geometry, false), " *** ERROR: scan: cannot build geometry at point 4\n");
+  EXPECT_EQ(message(SCAN_STATUS::no_geometry, true), refused);
+  EXPECT_EQ(message(SCAN_STATUS::refused, true), refused);
+  EXPECT_EQ(message(SCAN_STATUS::too_many_held, true),
+            "   Sweep variables and constraints together are more than 32 coordinates to hold.\n" + refused);
+  EXPECT_EQ(message(SCAN_STATUS::unknown_kind, false), " *** ERROR (scan): unknown sweep kind: X\n");
+  EXPECT_EQ(message(SCAN_STATUS::unknown_kind, true), " *** ERROR (scanopt): unknown sweep kind: X\n");
 }
 
 }  // namespace
