@@ -21,7 +21,7 @@ std::string ecp_name(const RUN_T& run) {
 
 HESSIAN::HESSIAN_IDENTITY_T identity_of(const RUN_T& run) {
   HESSIAN::HESSIAN_IDENTITY_T identity;
-  identity.method = run.input.method;
+  identity.method = run.input.method_as_written;
   identity.basis = run.input.basis;
   identity.ecp = ecp_name(run);
   identity.unrestricted = run.molecule.unrestricted;

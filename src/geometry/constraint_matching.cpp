@@ -16,8 +16,19 @@ bool same_atoms(const INTCOORD_T& coordinate, const std::vector<int>& atoms) {
   return std::equal(begin, end, atoms.begin()) || std::equal(begin, end, atoms.rbegin());
 }
 
+/// Whether the atoms of a dihedral span its two planes. Near the line it turns with every rounding of the positions.
+bool has_planes(const std::vector<int>& atoms, const VECTOR& x) {
+  constexpr double nearly_straight = 179.0 * RADIAN_PER_DEGREE;
+  const auto bent = [&](int i, int j, int k) {
+    const double angle = angle_at(x, i, j, k);
+    return angle < nearly_straight && angle > PI - nearly_straight;
+  };
+  return bent(atoms[0], atoms[1], atoms[2]) && bent(atoms[1], atoms[2], atoms[3]);
+}
+
 /// Whether the entry is well formed; tells in `match` what is wrong with it.
-bool check(const CONSTRAINT_T& constraint, int n_atoms, CONSTRAINT_MATCH_T& match) {
+bool check(const CONSTRAINT_T& constraint, const VECTOR& x, CONSTRAINT_MATCH_T& match) {
+  const auto n_atoms = static_cast<int>(x.size() / 3);
   const std::size_t size = constraint.kind == 'B' ? 2 : constraint.kind == 'A' ? 3 : constraint.kind == 'D' ? 4 : 0;
   const auto in_range = [&](std::size_t n) { return constraint.atoms[n] >= 1 && constraint.atoms[n] <= n_atoms; };
   if (size == 0 || constraint.atoms.size() != size) {
@@ -28,6 +39,8 @@ bool check(const CONSTRAINT_T& constraint, int n_atoms, CONSTRAINT_MATCH_T& matc
     match.outcome = CONSTRAINT_OUTCOME::angle_wing_range;
   } else if (size == 4 && (!in_range(2) || !in_range(3))) {
     match.outcome = CONSTRAINT_OUTCOME::dihedral_range;
+  } else if (size == 4 && !has_planes(constraint.atoms, x)) {
+    match.outcome = CONSTRAINT_OUTCOME::dihedral_in_line;
   } else {
     return true;
   }
@@ -98,7 +111,7 @@ int apply_constraints(const std::vector<CONSTRAINT_T>& constraints, const VECTOR
   for (const CONSTRAINT_T& constraint : constraints) {
     CONSTRAINT_MATCH_T& match = matches.emplace_back();
     match.kind = constraint.kind;
-    if (!check(constraint, static_cast<int>(positions.size() / 3), match)) return 1;
+    if (!check(constraint, positions, match)) return 1;
     match.number = freeze_existing(set, constraint, positions, match.value);
     if (match.number > 0) continue;
     match.number = append(set, constraint, positions, match.value);

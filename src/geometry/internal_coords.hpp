@@ -108,7 +108,16 @@ struct CONSTRAINT_T {
   std::optional<double> target;  ///< bohr or radian; without it the present value
 };
 
-enum class CONSTRAINT_OUTCOME { matched, added, set_full, unknown_kind, atom_range, angle_wing_range, dihedral_range };
+enum class CONSTRAINT_OUTCOME {
+  matched,
+  added,
+  set_full,
+  unknown_kind,
+  atom_range,
+  angle_wing_range,
+  dihedral_range,
+  dihedral_in_line
+};
 
 /// What became of one constraint.
 struct CONSTRAINT_MATCH_T {

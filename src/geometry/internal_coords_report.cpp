@@ -56,6 +56,9 @@ void print_match(const CONSTRAINT_MATCH_T& match, std::size_t n, std::ostream& r
     case CONSTRAINT_OUTCOME::dihedral_range:
       fmt::print(report, " *** ERROR: constraint {}: dihedral atom out of range.\n", n);
       break;
+    case CONSTRAINT_OUTCOME::dihedral_in_line:
+      fmt::print(report, " *** ERROR: constraint {}: the dihedral has no value, three of its atoms lie on a line.\n", n);
+      break;
   }
 }
 

@@ -7,6 +7,7 @@
 #include "geometry/internal_coords_report.hpp"
 #include "geometry/positions_report.hpp"
 #include "geometry/zmatrix_values.hpp"
+#include "gradients/gradient_report.hpp"
 #include "report/layout.hpp"
 
 namespace zentrix::OPTIMIZER {
@@ -75,7 +76,7 @@ void OPTIMIZER_PRINTER_T::evaluating(int step, const VECTOR& positions) {
 }
 
 void OPTIMIZER_PRINTER_T::evaluated(const STEP_ROW_T& row, const VECTOR& gradient) {
-  if (options_.gradients) print_gradient(gradient);
+  if (options_.gradients) GRADIENTS::print_wanted_gradient(symbols_, gradient, report_);
   fmt::print(report_, "\n{}", table_header);
   fmt::print(report_, "{:7d}{:15.8f}{:10.2e}{:11.6f}{:10.6f}{:11.6f}{:10.6f}\n", row.step, row.energy, row.energy_change,
              row.max_gradient, row.rms_gradient, row.max_step, row.rms_step);
@@ -107,16 +108,6 @@ void OPTIMIZER_PRINTER_T::finished(const OPTIMIZATION_T& result) {
 
 void OPTIMIZER_PRINTER_T::print_geometry(const VECTOR& positions) const {
   INTERNAL_COORDS::print_positions(symbols_, positions, report_);
-}
-
-void OPTIMIZER_PRINTER_T::print_gradient(const VECTOR& gradient) const {
-  fmt::print(report_, "\n   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n");
-  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 8); };
-  for (std::size_t a = 0; a < symbols_.size(); ++a) {
-    const auto k = static_cast<Eigen::Index>(3 * a);
-    fmt::print(report_, "   {:4d} {:<2} {:14.8f} {:14.8f} {:14.8f}\n", a + 1, symbols_[a], component(k), component(k + 1),
-               component(k + 2));
-  }
 }
 
 void OPTIMIZER_PRINTER_T::print_zmatrix(const VECTOR& positions) const {

@@ -33,7 +33,6 @@ class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
 
  private:
   void print_geometry(const VECTOR& positions) const;
-  void print_gradient(const VECTOR& gradient) const;
   void print_zmatrix(const VECTOR& positions) const;
 
   std::vector<std::string> symbols_;

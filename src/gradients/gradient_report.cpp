@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "report/layout.hpp"
+
 namespace zentrix::GRADIENTS {
 
 void GRADIENT_PRINTER_T::scf_begins(bool unrestricted) {
@@ -74,17 +76,37 @@ void print_nuclear_term(const NUCLEAR_TERM_T& term, double energy, std::ostream&
 
 void GRADIENT_PRINTER_T::semi_analytical_done() { fmt::print(report_, "   Gradient computed.\n"); }
 
-void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
-  fmt::print(report, "\n   Cartesian gradient (Hartree/Bohr):\n");
-  fmt::print(report, "     Atom              gX             gY             gZ\n");
-  for (std::size_t a = 0; a < molecule.atoms.size(); ++a) {
-    const auto at = static_cast<Eigen::Index>(3 * a);
-    fmt::print(report, "   {:4d} {:<2s}  {:16.10f} {:14.10f} {:14.10f}\n", a + 1, molecule.atoms[a].symbol, gradient(at),
-               gradient(at + 1), gradient(at + 2));
-  }
+namespace {
+
+void print_extremes(const CARTESIAN_T& gradient, std::ostream& report) {
   fmt::print(report, "   Max gradient component: {:16.10f}\n", gradient.cwiseAbs().maxCoeff());
   fmt::print(report, "   RMS gradient:           {:16.10f}\n",
              std::sqrt(gradient.squaredNorm() / static_cast<double>(gradient.size())));
+}
+
+}  // namespace
+
+void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
+  fmt::print(report, "\n   Cartesian gradient (Hartree/Bohr):\n");
+  fmt::print(report, "     Atom              gX             gY             gZ\n");
+  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 10); };
+  for (std::size_t a = 0; a < molecule.atoms.size(); ++a) {
+    const auto at = static_cast<Eigen::Index>(3 * a);
+    fmt::print(report, "   {:4d} {:<2s}  {:16.10f} {:14.10f} {:14.10f}\n", a + 1, molecule.atoms[a].symbol, component(at),
+               component(at + 1), component(at + 2));
+  }
+  print_extremes(gradient, report);
+}
+
+void print_wanted_gradient(const std::vector<std::string>& symbols, const CARTESIAN_T& gradient, std::ostream& report) {
+  fmt::print(report, "\n   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n");
+  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 8); };
+  for (std::size_t a = 0; a < symbols.size(); ++a) {
+    const auto k = static_cast<Eigen::Index>(3 * a);
+    fmt::print(report, "   {:4d} {:<2} {:14.8f} {:14.8f} {:14.8f}\n", a + 1, symbols[a], component(k), component(k + 1),
+               component(k + 2));
+  }
+  print_extremes(gradient, report);
 }
 
 }  // namespace zentrix::GRADIENTS

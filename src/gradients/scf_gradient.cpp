@@ -115,6 +115,8 @@ double fixed_density_energy(const MOLECULE_T& molecule, const DFT_GRID::MOLECULA
 
 CARTESIAN_T semi_analytical_gradient(const SCF::GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional,
                                      const SCF::SCF_RESULT_T& scf, GRADIENT_OBSERVER_T& observer) {
+  // Nearly all of the time goes into two-electron energies; without a stage it would be unaccounted for.
+  const STAGE_TIMER timer(STAGE::gradient_2e);
   const MOLECULE_T& molecule = geometry.molecule;
   const SCF::SPIN_MATRICES_T densities = densities_of(scf);
   const MATRIX none = MATRIX::Zero(molecule.n_basis, molecule.n_basis);

@@ -2,9 +2,11 @@
 
 #include <memory>
 #include <ostream>
+#include <utility>
 
 #include "gradients/gradient_report.hpp"
 #include "gradients/scf_gradient.hpp"
+#include "report/timing.hpp"
 #include "scf/scf_run.hpp"
 
 namespace zentrix::GRADIENTS {
@@ -15,7 +17,15 @@ SCF_SURFACE_T::SCF_SURFACE_T(const INPUT_PARSER::INPUT_DATA_T& input, const DFT:
 
 void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
   const MOLECULE_T there = moved(molecule_, positions);
-  geometry_ = std::make_unique<SCF::GEOMETRY_DATA_T>(there, INTEGRALS_1E::one_electron_matrices(there));
+  INTEGRALS_1E::ONE_ELECTRON_T one_electron;
+  {
+    const STAGE_TIMER timer(STAGE::integrals_1e);
+    one_electron = INTEGRALS_1E::one_electron_matrices(there);
+  }
+  {
+    const STAGE_TIMER timer(STAGE::integrals_2e);
+    geometry_ = std::make_unique<SCF::GEOMETRY_DATA_T>(there, std::move(one_electron));
+  }
   if (!functional_.is_hartree_fock()) SCF::set_up_grid(*geometry_, input_, report_);
   scf_ = SCF::run_method(*geometry_, functional_, input_, previous_densities_, report_);
   if (!scf_.converged || start_held_) return;

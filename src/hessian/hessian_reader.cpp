@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <istream>
@@ -401,7 +402,8 @@ READ_STATUS read_hessian(std::istream& file, const std::string& name, const HESS
 READ_STATUS read_hessian_file(const std::string& name, const HESSIAN_IDENTITY_T& current, HESSIAN_FILE_T& content,
                               std::ostream& report) {
   std::ifstream file(name);
-  if (!file) {
+  std::error_code unknown;
+  if (!file || std::filesystem::is_directory(name, unknown)) {
     fmt::print(report, " *** ERROR: cannot open Hessian file: {}\n", name);
     return READ_STATUS::no_file;
   }

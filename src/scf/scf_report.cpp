@@ -269,6 +269,7 @@ void GUESS_PRINTER_T::assembled(double alpha_factor, double beta_factor) {
 
 void GUESS_PRINTER_T::guess_made(const SCF_START_T& start) {
   fmt::print(report_, "   Initial guess:             {}\n", start.guess_name);
+  if (start.from_converged_run) fmt::print(report_, "   Initial Fock matrix:       PBE pre-converged density\n");
 }
 
 void GUESS_PRINTER_T::pre_convergence_begins() { fmt::print(report_, "   meta-GGA: PBE pre-converge for initial guess\n"); }

@@ -153,7 +153,8 @@ TEST(EnergyReport, MetaGgaStartsFromAPbeDensity) {
   ASSERT_EQ(run.status, 0) << run.report;
   expect_in_order(run, {"   meta-GGA: PBE pre-converge for initial guess\n", "   XC functional:             PBE\n",
                         "   PBE pre-converged, E = ", "   Starting meta-GGA SCF with PBE density...\n",
-                        "   Initial guess:             PBE pre-converged density\n",
+                        "   Initial guess:             PBE pre-converged density\n"
+                        "   Initial Fock matrix:       PBE pre-converged density\n",
                         "   XC functional:             R2SCAN\n   Initial Fock matrix:       previous density\n"});
   const PROGRAM_RUN_T open = run_program_in_folder("%spin uks\n" + input);
   ASSERT_EQ(open.status, 0) << open.report;
@@ -165,18 +166,19 @@ TEST(EnergyReport, MetaGgaStartsFromAPbeDensity) {
 
 TEST(EnergyReport, GradientJobsEndInSectionSeven) {
   const PROGRAM_RUN_T run =
-      run_program_in_folder("%job gradient\n%method pbe\n%basis STO-3G\n%print_time\n" + water_geometry);
+      run_program_in_folder("%job gradient\n%method pbe\n%basis STO-3G\n%print_time\n%print_grad\n" + water_geometry);
   ASSERT_EQ(run.status, 0) << run.report;
-  expect_in_order(run,
-                  {" --- Section 2: One-Electron Integrals ---\n",
-                   " --- Section 4: Gradient ---\n   Method: fully analytical\n   Running SCF for gradient...\n",
-                   " --- Building DFT integration grid ---\n", "   Initial Fock matrix:       core Hamiltonian\n",
-                   "   SCF energy: ", "   Computing fused 1e gradient (S + T + V_nuc)...\n   Fused 1e gradient done.\n",
-                   "   Computing 2-electron gradient...\n     ERI gradient: ",
-                   "   Analytical gradient computed.\n   Computing XC gradient (analytical)...\n",
-                   "   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n",
-                   "   Max gradient component: ", "   RMS gradient:           ", " --- Section 7: Output & Properties ---\n",
-                   "     Total energy:      ", "  Gradient 1e", "  Gradient 2e", "  Gradient DFT"});
+  expect_in_order(run, {" --- Section 2: One-Electron Integrals ---\n",
+                        " --- Section 4: Gradient ---\n   Method: fully analytical\n   Running SCF for gradient...\n",
+                        " --- Building DFT integration grid ---\n", "   Initial Fock matrix:       core Hamiltonian\n",
+                        "   SCF energy: ", "   Computing fused 1e gradient (S + T + V_nuc)...\n   Fused 1e gradient done.\n",
+                        "   Computing 2-electron gradient...\n     ERI gradient: ",
+                        "   Analytical gradient computed.\n   Computing XC gradient (analytical)...\n",
+                        "   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n",
+                        "   Max gradient component: ", "   RMS gradient:           ",
+                        "   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n",
+                        " --- Section 7: Output & Properties ---\n", "     Total energy:      ", "  Gradient 1e",
+                        "  Gradient 2e", "  Gradient DFT"});
   EXPECT_FALSE(run.says("--- Section 3")) << run.report;
   const PROGRAM_RUN_T open =
       run_program_in_folder("%job gradient\n%grad_method semi\n%basis STO-3G\n%spin uhf\n" + water_geometry);

@@ -66,11 +66,11 @@ TEST(FrequencyReport, ACachedHessianReplacesTheComputation) {
   EXPECT_EQ(run.files,
             (std::vector<std::string>{"again.inp", "again.molden", "first", "run.hess", "run.inp", "run.molden"}));
   const PROGRAM_RUN_T other = run_program_in_folder("%job freq\n" + hydrogen,
-                                                    "PROGRAM run.inp > first && echo '%method pbe' >> run.inp && echo "
+                                                    "PROGRAM run.inp > first && echo '%method pbE' >> run.inp && echo "
                                                     "'%read_hess run.hess' >> run.inp && PROGRAM run.inp");
   EXPECT_EQ(other.status, 1);
   EXPECT_TRUE(
-      other.ends_with(" *** ERROR: hess_file method mismatch:\n              file:    HF\n              input:   PBE\n"
+      other.ends_with(" *** ERROR: hess_file method mismatch:\n              file:    HF\n              input:   pbE\n"
                       "              Run aborted; the cached Hessian is inconsistent with the current run.\n"
                       " *** FATAL: %read_hess validation failed (ierr=11).  Aborting frequency analysis.\n"))
       << other.report;
@@ -93,4 +93,15 @@ TEST(FrequencyReport, DoubtfulHessiansAreMarked) {
   const PROGRAM_RUN_T poor = run_program_in_folder("%job freq\n%scf_maxiter 2\n%geo\nLi 0 0 0\nH 0 0 1.6\n*end\n");
   EXPECT_EQ(poor.status, 3);
   EXPECT_TRUE(poor.says(" of the 13 SCF runs did not converge; their gradients were used as they are.\n")) << poor.report;
+}
+
+TEST(FrequencyReport, SideFilesThatCannotBeWrittenDoNotStopTheRun) {
+  // Folders under the names that the files are first written as.
+  const PROGRAM_RUN_T run = run_program_in_folder("%job freq\n%export_mo\n" + hydrogen,
+                                                  "mkdir run.hess.part run.molden.part run_mo.molden.part; PROGRAM run.inp");
+  EXPECT_EQ(run.status, 0);
+  expect_in_order(run, {" *** WARNING: could not open Hessian file for writing: run.hess\n",
+                        " *** WARNING: could not open Molden file for writing: run.molden\n",
+                        " *** WARNING: %export_mo: could not open orbital file for writing: run_mo.molden\n",
+                        "  Zentrix run completed.\n"});
 }

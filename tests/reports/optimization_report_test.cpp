@@ -25,6 +25,7 @@ TEST(OptimizationReport, EndsInSectionSevenWithTheLastScf) {
                         "   Running SCF for gradient...\n",
                         "   Initial Fock matrix:       core Hamiltonian\n",
                         "%print_grad  (Hartree/Bohr)\n",
+                        "   Max gradient component: ",
                         "   Step        Energy       dE       max|g|    rms(g)    max|dx|   rms(dx)\n      1",
                         "   Geometry of step 2 (Angstrom):\n",
                         "   Initial Fock matrix:       previous density\n",
