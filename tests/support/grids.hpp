@@ -2,31 +2,15 @@
 
 #include <cmath>
 #include <sstream>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
-#include "constants/elements.hpp"
 #include "constants/units.hpp"
 #include "dft/grid.hpp"
-#include "molecule/types.hpp"
+#include "support/molecules.hpp"
 
-// What the tests of the grid share: bare molecules and functions whose integrals are known.
+// What the tests of the grid share: grids and functions whose integrals are known.
 
 namespace zentrix::TESTS {
-
-/// Atoms without basis functions from lines "symbol x y z", times `unit`.
-inline MOLECULE_T bare_molecule(const std::string& geometry, double unit = BOHR_PER_ANGSTROM) {
-  MOLECULE_T molecule;
-  std::istringstream lines(geometry);
-  ATOM_T atom;
-  while (lines >> atom.symbol >> atom.position[0] >> atom.position[1] >> atom.position[2]) {
-    atom.z = atomic_number(atom.symbol);
-    atom.charge = atom.z;
-    for (double& coordinate : atom.position) coordinate *= unit;
-    molecule.atoms.push_back(atom);
-  }
-  return molecule;
-}
 
 /// The grid of a level; throws when anything was reported.
 inline DFT_GRID::MOLECULAR_GRID_T grid_of(const MOLECULE_T& molecule, int level) {

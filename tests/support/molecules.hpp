@@ -29,6 +29,20 @@ inline const std::string caffeine =
     "H 4.3210 -0.6960 -0.8890\nH 4.0950 -2.2370 -0.0020\nH -1.2890 -3.1060 0.8850\nH -1.2890 -3.1050 -0.8890\n"
     "H -0.0310 -4.0430 -0.0020\nH 0.8430 3.1530 0.8890\nH 0.8430 3.1540 -0.8850\nH -0.6500 3.6110 0.0020\n";
 
+/// Atoms without basis functions from lines "symbol x y z", times `unit`.
+inline MOLECULE_T bare_molecule(const std::string& geometry, double unit = BOHR_PER_ANGSTROM) {
+  MOLECULE_T molecule;
+  std::istringstream lines(geometry);
+  ATOM_T atom;
+  while (lines >> atom.symbol >> atom.position[0] >> atom.position[1] >> atom.position[2]) {
+    atom.z = atomic_number(atom.symbol);
+    atom.charge = atom.z;
+    for (double& coordinate : atom.position) coordinate *= unit;
+    molecule.atoms.push_back(atom);
+  }
+  return molecule;
+}
+
 struct SAMPLE_OPTIONS_T {
   int charge = 0;
   int multiplicity = 1;
@@ -43,15 +57,7 @@ inline INPUT_PARSER::INPUT_DATA_T sample_input(const std::string& geometry, cons
   input.charge = options.charge;
   input.multiplicity = options.multiplicity;
   input.spherical = options.spherical;
-  std::istringstream lines(geometry);
-  std::string symbol;
-  double x = 0.0;
-  double y = 0.0;
-  double z = 0.0;
-  while (lines >> symbol >> x >> y >> z) {
-    const double b = BOHR_PER_ANGSTROM;
-    input.atoms.push_back({symbol, atomic_number(symbol), {x * b, y * b, z * b}, 0});
-  }
+  for (const ATOM_T& atom : bare_molecule(geometry).atoms) input.atoms.push_back({atom.symbol, atom.z, atom.position, 0});
   return input;
 }
 

@@ -128,29 +128,18 @@ TEST(InternalCoords, FormingBondsJoinFragmentsByTheirRadii) {
   EXPECT_EQ(links(FRAGMENT_LINKS::forming_bonds), (std::vector<std::array<int, 2>>{{1, 7}, {2, 8}}));
 }
 
-TEST(InternalCoords, LinearChainHasAnglesOfPi) {
-  const STRUCTURE_T molecule = structure(acetylene);
-  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
-  for (const INTCOORD_T& c : set.coordinates) {
-    if (c.kind == KIND::linear_bend) {
-      EXPECT_NEAR(c.value, PI, 1e-12);
-    }
+TEST(InternalCoords, ValuesAtTheirLimits) {
+  const STRUCTURE_T chain = structure(acetylene);
+  for (const INTCOORD_T& c : generate_coordinates(chain.z, chain.x).coordinates) {
+    if (c.kind != KIND::linear_bend) continue;
+    EXPECT_NEAR(c.value, PI, 1e-12);
   }
-  VECTOR coincident = molecule.x;
+  VECTOR coincident = chain.x;
   coincident.segment<3>(6) = coincident.segment<3>(0);
-  INTCOORD_T angle;
-  angle.kind = KIND::angle;
-  angle.atoms = {3, 1, 2, 0};
-  EXPECT_EQ(coordinate_value(angle, coincident), PI);
-}
-
-TEST(InternalCoords, DihedralsAreRightHanded) {
-  const STRUCTURE_T four = structure("H 1 0 0\nC 0 0 0\nC 0 0 1\nH 0 1 1\n");
-  INTCOORD_T dihedral;
-  dihedral.kind = KIND::dihedral;
-  dihedral.atoms = {1, 2, 3, 4};
+  EXPECT_EQ(coordinate_value({KIND::angle, {3, 1, 2, 0}}, coincident), PI);
   // Seen along the central bond, the far atom is turned clockwise from the near one when the dihedral is positive.
-  EXPECT_NEAR(coordinate_value(dihedral, four.x), PI / 2, 1e-12);
+  const STRUCTURE_T four = structure("H 1 0 0\nC 0 0 0\nC 0 0 1\nH 0 1 1\n");
+  EXPECT_NEAR(coordinate_value({KIND::dihedral, {1, 2, 3, 4}}, four.x), PI / 2, 1e-12);
   EXPECT_NEAR(wrapped(3.5 * PI), -0.5 * PI, 1e-12);
   EXPECT_EQ(wrapped(-PI), PI);
 }
@@ -270,24 +259,29 @@ TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
 }
 
 TEST(Constraints, BadEntriesAreRefused) {
-  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
-  const auto refusal = [&](const INTERNAL_COORDS::CONSTRAINT_T& constraint, int n_bonds) {
+  struct CASE_T {
+    std::string geometry;
+    INTERNAL_COORDS::CONSTRAINT_T constraint;
+    std::string line;
+  };
+  const std::vector<CASE_T> cases = {
+      {hydrogen_peroxide, {'X', {1, 2}, {}}, "constraint 2: unknown kind 'X' (expected B / A / D)."},
+      {hydrogen_peroxide, {'B', {1, 5}, {}}, "constraint 2: atom index out of range."},
+      {hydrogen_peroxide, {'A', {1, 2, 0}, {}}, "constraint 2: angle wing atom out of range."},
+      {hydrogen_peroxide, {'D', {1, 2, 3, 9}, {}}, "constraint 2: dihedral atom out of range."},
+      {acetylene, {'D', {3, 1, 2, 4}, {}}, "constraint 2: the dihedral has no value, three of its atoms lie on a line."},
+      {hydrogen_peroxide, {'B', {3, 4}, {}}, "cannot extend internal-coordinate set: MAX_BONDS reached."}};
+  for (const CASE_T& test : cases) {
+    const STRUCTURE_T molecule = structure(test.geometry);
     COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
-    if (n_bonds > 0) set.n_bonds = n_bonds;
+    if (test.line.find("MAX_BONDS") != std::string::npos) set.n_bonds = MAX_BONDS;
     std::vector<CONSTRAINT_MATCH_T> matches;
-    EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, constraint}, molecule.x, set, matches), 0);
+    EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, test.constraint}, molecule.x, set, matches), 0);
     std::ostringstream report;
     print_constraint_matching(matches, set, report);
+    EXPECT_THAT(report.str(), HasSubstr("   matched auto-generated bond #1\n *** ERROR: " + test.line + "\n"));
     EXPECT_THAT(report.str(), ::testing::Not(HasSubstr("frozen out of")));
-    return report.str();
-  };
-  EXPECT_THAT(refusal({'X', {1, 2}, {}}, 0),
-              HasSubstr(" *** ERROR: constraint 2: unknown kind 'X' (expected B / A / D).\n"));
-  EXPECT_THAT(refusal({'B', {1, 5}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: atom index out of range.\n"));
-  EXPECT_THAT(refusal({'A', {1, 2, 0}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: angle wing atom out of range.\n"));
-  EXPECT_THAT(refusal({'D', {1, 2, 3, 9}, {}}, 0), HasSubstr(" *** ERROR: constraint 2: dihedral atom out of range.\n"));
-  EXPECT_THAT(refusal({'B', {3, 4}, {}}, MAX_BONDS),
-              HasSubstr(" *** ERROR: cannot extend internal-coordinate set: MAX_BONDS reached.\n"));
+  }
 }
 
 TEST(Constraints, BackTransformationEndsOnTheTargets) {

@@ -1,15 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 
 #include "geometry/covalent_radii.hpp"
 #include "geometry/optimizer.hpp"
-#include "gradients/scf_surface.hpp"
-#include "support/molecules.hpp"
+#include "support/surfaces.hpp"
 
 // Minima of real molecules against those that an independent program finds from the same start
 // (tests/reference/make_optimization_references.py). bench/compare_optimizations.py makes the table of all of them.
@@ -35,8 +31,7 @@ MATRIX bond_lengths(const MOLECULE_T& molecule, const VECTOR& x) {
 }
 
 TEST(OptimizationReference, MinimaAreThoseOfAnIndependentProgram) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/optimizations.json");
-  const nlohmann::json cases = nlohmann::json::parse(file);
+  const nlohmann::json cases = TESTS::reference("optimizations");
   ASSERT_GE(cases.size(), 25U);
   // One of every kind: diatomic, linear, planar centre, radical, charged, hydrogen-bonded.
   const std::set<std::string> short_run = {"hydrogen fluoride", "hydrogen cyanide", "formate",
@@ -46,17 +41,8 @@ TEST(OptimizationReference, MinimaAreThoseOfAnIndependentProgram) {
     const auto name = entry["molecule"].get<std::string>();
     if (!all && short_run.count(name) == 0) continue;
     SCOPED_TRACE(name);
-    const TESTS::SAMPLE_OPTIONS_T options = {entry["charge"].get<int>(), entry["multiplicity"].get<int>(),
-                                             entry["spherical"].get<bool>()};
-    const std::string geometry = TESTS::geometry_of(entry["atoms"]);
-    const auto basis = entry["basis"].get<std::string>();
-    const INPUT_PARSER::INPUT_DATA_T input = TESTS::sample_input(geometry, basis, options);
-    MOLECULE_T molecule = TESTS::sample_molecule(geometry, basis, options);
-    molecule.unrestricted = options.multiplicity > 1;
-    DFT::FUNCTIONAL_T functional;
-    std::ostringstream report;
-    ASSERT_EQ(DFT::set_up_functional("HF", functional, report), 0);
-    GRADIENTS::SCF_SURFACE_T surface(input, functional, molecule, nullptr);
+    const TESTS::SURFACE_CASE_T test = TESTS::surface_case(entry);
+    GRADIENTS::SCF_SURFACE_T surface = test.surface();
     OPTIMIZER::OPTIMIZER_OBSERVER_T silent;
     const OPTIMIZER::OPTIMIZATION_T result = OPTIMIZER::optimize(surface, {}, silent);
     ASSERT_EQ(result.outcome, OPTIMIZER::OUTCOME::converged);
@@ -65,7 +51,7 @@ TEST(OptimizationReference, MinimaAreThoseOfAnIndependentProgram) {
     for (Eigen::Index k = 0; k < expected.size(); ++k)
       expected(k) = entry["optimized"][static_cast<std::size_t>(k / 3)][static_cast<std::size_t>(k % 3)].get<double>();
     expected *= BOHR_PER_ANGSTROM;
-    const MATRIX difference = bond_lengths(molecule, result.positions) - bond_lengths(molecule, expected);
+    const MATRIX difference = bond_lengths(test.molecule, result.positions) - bond_lengths(test.molecule, expected);
     EXPECT_LT(difference.lpNorm<Eigen::Infinity>() / BOHR_PER_ANGSTROM, 1e-3);
   }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cmath>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,14 +11,9 @@ namespace zentrix::TESTS {
 
 inline MOLECULE_T bare_molecule(const STRUCTURE_T& structure) {
   MOLECULE_T molecule;
-  for (std::size_t a = 0; a < structure.z.size(); ++a) {
-    ATOM_T atom;
-    atom.z = structure.z[a];
-    atom.symbol = element_symbol(atom.z);
-    for (std::size_t k = 0; k < 3; ++k) atom.position[k] = structure.x(static_cast<Eigen::Index>(3 * a + k));
-    molecule.atoms.push_back(atom);
-  }
-  return molecule;
+  for (const int z : structure.z) molecule.atoms.emplace_back().z = z;
+  for (ATOM_T& atom : molecule.atoms) atom.symbol = element_symbol(atom.z);
+  return GRADIENTS::moved(molecule, structure.x);
 }
 
 /// A sum of Morse functions of all distances, deep and stiff for near neighbours, shallow for others, with minima off the

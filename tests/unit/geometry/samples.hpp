@@ -1,13 +1,10 @@
 #pragma once
 
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "constants/elements.hpp"
-#include "constants/units.hpp"
-#include "linalg/matrix.hpp"
+#include "gradients/energy_surface.hpp"
 #include "support/molecules.hpp"
 
 // Molecules of the geometry tests: lines "symbol x y z" in angstrom.
@@ -21,17 +18,9 @@ struct STRUCTURE_T {
 
 inline STRUCTURE_T structure(const std::string& lines) {
   STRUCTURE_T result;
-  std::vector<double> values;
-  std::istringstream stream(lines);
-  std::string symbol;
-  double x = 0.0;
-  double y = 0.0;
-  double z = 0.0;
-  while (stream >> symbol >> x >> y >> z) {
-    result.z.push_back(atomic_number(symbol));
-    for (const double v : {x, y, z}) values.push_back(v * BOHR_PER_ANGSTROM);
-  }
-  result.x = Eigen::Map<VECTOR>(values.data(), static_cast<Eigen::Index>(values.size()));
+  const MOLECULE_T molecule = bare_molecule(lines);
+  for (const ATOM_T& atom : molecule.atoms) result.z.push_back(atom.z);
+  result.x = GRADIENTS::positions_of(molecule);
   return result;
 }
 

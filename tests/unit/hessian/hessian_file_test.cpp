@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "support/temporary_folder.hpp"
@@ -110,6 +110,7 @@ TEST(HessianFile, WhatIsWrittenReadsBack) {
   EXPECT_EQ(refused.str().find(" *** WARNING: could not open Hessian file for writing: "), 0U);
   EXPECT_EQ(read_hessian_file(base + ".nothing", content.identity, found, refused), READ_STATUS::no_file);
   EXPECT_NE(refused.str().find(" *** ERROR: cannot open Hessian file: " + base + ".nothing\n"), std::string::npos);
+  EXPECT_EQ(read_hessian_file(folder.path(), content.identity, found, refused), READ_STATUS::no_file) << "a folder";
 }
 
 TEST(HessianFile, FreeFormatIsAccepted) {
@@ -172,42 +173,45 @@ TEST(HessianFile, FaultyFilesAreRefusedWithTheirLine) {
 
 TEST(HessianFile, MustBelongToTheRun) {
   const std::string text = hessian_file_text(water());
-  const auto refused = [&](READ_STATUS status, const std::string& first_line, auto change) {
-    HESSIAN_FILE_T run = water();
-    change(run.identity);
-    const OUTCOME_T outcome = read_text(text, run.identity);
-    EXPECT_EQ(outcome.status, status) << first_line;
-    EXPECT_EQ(outcome.report.find(first_line), 0U) << outcome.report;
-    return outcome.report;
+  struct CASE_T {
+    READ_STATUS status;
+    std::function<void(HESSIAN_IDENTITY_T&)> change;
+    std::string lines;
   };
-  refused(READ_STATUS::other_element, " *** ERROR: hess_file atom 2: Z = 1, current Z = 9\n",
-          [](HESSIAN_IDENTITY_T& run) { run.atoms[1].z = 9; });
-  const std::string moved = refused(READ_STATUS::other_geometry, " *** ERROR: hess_file geometry mismatch on atom 3\n",
-                                    [](HESSIAN_IDENTITY_T& run) {
-                                      run.atoms[0].position[0] += 5e-6;
-                                      run.atoms[2].position[1] -= 2e-5;
-                                    });
-  EXPECT_EQ(moved,
-            " *** ERROR: hess_file geometry mismatch on atom 3\n"
-            "            file:        0.0000000000    -1.4310000000    -0.8870000000\n"
-            "            input:       0.0000000000    -1.4310200000    -0.8870000000\n"
-            "            |dx| = 2.000e-05 bohr  (tolerance 1.000e-05 bohr)\n"
-            "            Run aborted; recompute the Hessian at the current geometry.\n");
-  const std::string method = refused(READ_STATUS::other_method, " *** ERROR: hess_file method mismatch:\n",
-                                     [](HESSIAN_IDENTITY_T& run) { run.method = "HF"; });
-  EXPECT_EQ(method,
-            " *** ERROR: hess_file method mismatch:\n              file:    B3LYP\n              input:   HF\n"
-            "              Run aborted; the cached Hessian is inconsistent with the current run.\n");
-  refused(READ_STATUS::other_basis, " *** ERROR: hess_file basis mismatch:\n",
-          [](HESSIAN_IDENTITY_T& run) { run.basis = "6-31G"; });
-  refused(READ_STATUS::other_ecp, " *** ERROR: hess_file ECP mismatch:\n              file:    none\n",
-          [](HESSIAN_IDENTITY_T& run) { run.ecp = "LANL2DZ"; });
-  refused(READ_STATUS::other_spin, " *** ERROR: hess_file spin mismatch:\n              file:    restricted\n",
-          [](HESSIAN_IDENTITY_T& run) { run.unrestricted = true; });
-  refused(READ_STATUS::other_charge, " *** ERROR: hess_file charge = 0, current charge = -1\n",
-          [](HESSIAN_IDENTITY_T& run) { run.charge = -1; });
-  refused(READ_STATUS::other_multiplicity, " *** ERROR: hess_file mult = 1, current mult = 3\n",
-          [](HESSIAN_IDENTITY_T& run) { run.multiplicity = 3; });
+  const auto mismatch = [](const std::string& item, const std::string& there, const std::string& here) {
+    return " *** ERROR: hess_file " + item + " mismatch:\n              file:    " + there +
+           "\n              input:   " + here +
+           "\n              Run aborted; the cached Hessian is inconsistent with the current run.\n";
+  };
+  const std::vector<CASE_T> cases = {
+      {READ_STATUS::other_element, [](auto& run) { run.atoms[1].z = 9; },
+       " *** ERROR: hess_file atom 2: Z = 1, current Z = 9\n"},
+      {READ_STATUS::other_geometry,
+       [](auto& run) {
+         run.atoms[0].position[0] += 5e-6;
+         run.atoms[2].position[1] -= 2e-5;
+       },
+       " *** ERROR: hess_file geometry mismatch on atom 3\n"
+       "            file:        0.0000000000    -1.4310000000    -0.8870000000\n"
+       "            input:       0.0000000000    -1.4310200000    -0.8870000000\n"
+       "            |dx| = 2.000e-05 bohr  (tolerance 1.000e-05 bohr)\n"
+       "            Run aborted; recompute the Hessian at the current geometry.\n"},
+      {READ_STATUS::other_method, [](auto& run) { run.method = "HF"; }, mismatch("method", "B3LYP", "HF")},
+      {READ_STATUS::other_basis, [](auto& run) { run.basis = "6-31G"; }, mismatch("basis", "6-31G*", "6-31G")},
+      {READ_STATUS::other_ecp, [](auto& run) { run.ecp = "LANL2DZ"; }, mismatch("ECP", "none", "LANL2DZ")},
+      {READ_STATUS::other_spin, [](auto& run) { run.unrestricted = true; }, mismatch("spin", "restricted", "unrestricted")},
+      {READ_STATUS::other_charge, [](auto& run) { run.charge = -1; },
+       " *** ERROR: hess_file charge = 0, current charge = -1\n"},
+      {READ_STATUS::other_multiplicity, [](auto& run) { run.multiplicity = 3; },
+       " *** ERROR: hess_file mult = 1, current mult = 3\n"},
+  };
+  for (const CASE_T& test : cases) {
+    HESSIAN_FILE_T run = water();
+    test.change(run.identity);
+    const OUTCOME_T outcome = read_text(text, run.identity);
+    EXPECT_EQ(outcome.status, test.status) << test.lines;
+    EXPECT_EQ(outcome.report, test.lines);
+  }
   // The atom count is compared when the matrix has the run's size all the same.
   EXPECT_EQ(read_text(without(changed(text, "$natoms\n3\n", "$natoms\n2\n"), "$gradient")).report,
             " *** ERROR: hess_file natom = 2, current natom = 3\n");

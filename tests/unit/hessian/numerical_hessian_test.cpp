@@ -3,14 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <sstream>
 
-#include "gradients/scf_surface.hpp"
 #include "hessian/vibrations.hpp"
 #include "integrals/boys.hpp"
-#include "support/grids.hpp"
-#include "support/molecules.hpp"
+#include "support/surfaces.hpp"
 
 using namespace zentrix;
 using namespace zentrix::HESSIAN;
@@ -52,23 +49,17 @@ struct DEVIATION_T {
   double zero_point = 0.0;
 };
 DEVIATION_T deviation_from(const nlohmann::json& entry, const std::string& grid) {
-  INPUT_PARSER::INPUT_DATA_T input =
-      TESTS::sample_input(TESTS::geometry_of(entry["atoms"]), entry["basis"],
-                          {entry["charge"].get<int>(), entry["multiplicity"].get<int>(), false});
-  input.grid = grid;
-  std::ostringstream report;
-  MOLECULE_T molecule;
-  DFT::FUNCTIONAL_T functional;
-  EXPECT_EQ(build_molecule(input, molecule, report), 0);
-  EXPECT_EQ(DFT::set_up_functional(entry["method"].get<std::string>(), functional, report), 0);
-  const INPUT_PARSER::INPUT_DATA_T settings = settings_for_differences(input);
-  GRADIENTS::SCF_SURFACE_T surface(settings, functional, molecule, nullptr);
+  TESTS::SURFACE_CASE_T test = TESTS::surface_case(entry);
+  test.input.grid = grid;
+  test.input = settings_for_differences(test.input);
+  GRADIENTS::SCF_SURFACE_T surface = test.surface();
   HESSIAN_OBSERVER_T silent;
   const NUMERICAL_HESSIAN_T hessian = numerical_hessian(surface, silent);
   EXPECT_EQ(hessian.unconverged, 0);
   EXPECT_LT((hessian.hessian - hessian.hessian.transpose()).norm(), 1e-14);
   VIBRATIONS::VIBRATIONS_T found;
-  EXPECT_EQ(VIBRATIONS::analyse_vibrations(molecule, hessian.hessian, nullptr, found, report), 0);
+  std::ostringstream report;
+  EXPECT_EQ(VIBRATIONS::analyse_vibrations(test.molecule, hessian.hessian, nullptr, found, report), 0);
   DEVIATION_T deviation;
   const nlohmann::json& expected = entry["frequencies"];
   const Eigen::Index first = found.frequencies.size() - static_cast<Eigen::Index>(expected.size());
@@ -107,8 +98,7 @@ TEST(NumericalHessian, OfAPolynomialIsExact) {
 }
 
 TEST(NumericalHessian, FrequenciesAgreeWithAnalyticHessiansOfAnIndependentProgram) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/vibrations.json");
-  const nlohmann::json cases = nlohmann::json::parse(file);
+  const nlohmann::json cases = TESTS::reference("vibrations");
   struct CASE_T {
     std::string molecule, method;
     double tolerance;  ///< cm^-1
