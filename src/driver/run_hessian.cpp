@@ -2,6 +2,8 @@
 
 #include <fmt/ostream.h>
 
+#include <sstream>
+
 #include "driver/method_surface.hpp"
 #include "hessian/molden.hpp"
 #include "hessian/numerical_hessian.hpp"
@@ -70,6 +72,16 @@ void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream&
   hessian.energy = result.energy;
   hessian.gradient = result.gradient;
   hessian.hessian = result.hessian;
+}
+
+void save_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
+  std::ostringstream unseen;
+  VIBRATIONS::VIBRATIONS_T vibrations;
+  if (VIBRATIONS::analyse_vibrations(run.molecule, hessian.hessian, nullptr, vibrations, unseen) == 0) {
+    hessian.frequencies = vibrations.frequencies;
+    hessian.modes = vibrations.modes;
+  }
+  HESSIAN::write_hessian_file(output_base_name(run.input_file), hessian, report);
 }
 
 int analyse_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, bool computed, std::ostream& report) {

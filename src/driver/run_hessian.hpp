@@ -19,6 +19,9 @@ namespace zentrix {
 /// one. The run counts as not converged when an SCF of it did not converge.
 void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report);
 
+/// Writes the Hessian file, its frequencies and modes included, without a line of the vibrational analysis.
+void save_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report);
+
 /// Frequencies and thermochemistry, then the side files: the Hessian file of a `computed` Hessian, the vibrational Molden
 /// file of every one. Non-zero after its line when the Hessian could not be diagonalised.
 [[nodiscard]] int analyse_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, bool computed, std::ostream& report);

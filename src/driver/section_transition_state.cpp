@@ -5,6 +5,7 @@
 #include "driver/moving_geometry.hpp"
 #include "driver/run_hessian.hpp"
 #include "driver/sections.hpp"
+#include "geometry/internal_coords.hpp"
 #include "geometry/positions_report.hpp"
 #include "geometry/saddle_report.hpp"
 #include "geometry/saddle_search.hpp"
@@ -14,11 +15,21 @@
 namespace zentrix {
 namespace {
 
+/// Whether the molecule has the mode that is to be followed: better known before the Hessian is computed than after.
+bool mode_exists(const RUN_T& run, std::ostream& report) {
+  const VECTOR positions = GRADIENTS::positions_of(run.molecule);
+  const auto n_modes = static_cast<int>(positions.size() - INTERNAL_COORDS::rigid_motions(positions).cols());
+  if (n_modes > 0 && run.input.ts_mode <= n_modes) return true;
+  TRANSITION_STATE::SADDLE_PRINTER_T(run.molecule, report).mode_refused(run.input.ts_mode, n_modes);
+  return false;
+}
+
 /// The Hessian the search starts from.
 [[nodiscard]] int starting_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
   if (!run.input.read_hess.empty()) return read_cached_hessian(run, "TS search", hessian, report);
   fmt::print(report, "   No %read_hess supplied -- computing Hessian at input geometry.\n");
   compute_hessian(run, hessian, report);
+  save_hessian(run, hessian, report);
   return 0;
 }
 
@@ -54,6 +65,7 @@ class PRINTER_T : public TRANSITION_STATE::SADDLE_PRINTER_T {
 int section_transition_state(RUN_T& run, std::ostream& report) {
   set_run_phase("Section 5/6 (transition-state search)");
   print_section_heading("5/6", "Transition-State Search (P-RFO)", report);
+  if (!mode_exists(run, report)) return 1;
   HESSIAN::HESSIAN_FILE_T hessian;
   if (const int status = starting_hessian(run, hessian, report); status != 0) return status;
   const double start = timer_wall(STAGE::total);

@@ -20,15 +20,15 @@ TEST(TransitionStateReport, FindsAndValidatesThePublishedSaddlePoint) {
   expect_in_order(run, {" --- Section 5/6: Transition-State Search (P-RFO) ---\n",
                         "   No %read_hess supplied -- computing Hessian at input geometry.\n"
                         "   Method: Numerical Hessian (gradient FD)\n",
-                        "   Transition-State Search (P-RFO / Internal Coordinates)\n", "   Geometry of step 1 (Angstrom):\n",
-                        "   Transition-state search converged in ", "   Negative eigenvalues of the updated Hessian: 1\n",
-                        "   TS search time: ",
+                        "   Hessian written to: run.hess\n", "   Transition-State Search (P-RFO / Internal Coordinates)\n",
+                        "   Geometry of step 1 (Angstrom):\n", "   Transition-state search converged in ",
+                        "   Negative eigenvalues of the updated Hessian: 1\n", "   TS search time: ",
                         " --- Section 6 (validation): Freq at located TS ---\n   Method: Numerical Hessian (gradient FD)\n",
                         "   Vibrational modes: 2\n   TR modes:          7\n",
                         " --- Section 7: Output & Properties ---\n   Reusing SCF from last optimization step.\n"});
   EXPECT_NEAR(run.number("     Total energy:      "), -92.24604, 1e-5);
   EXPECT_LE(run.number("search converged in "), 10);
-  EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden"}));
+  EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden", "run_2.hess"}));
 }
 
 TEST(TransitionStateReport, StartsFromACachedHessian) {
@@ -50,6 +50,7 @@ TEST(TransitionStateReport, TellsWhatItCannotDo) {
   const PROGRAM_RUN_T no_mode = run_program_in_folder("%job ts\n%ts_mode 4\n" + isomerisation);
   EXPECT_EQ(no_mode.status, 1);
   EXPECT_TRUE(no_mode.ends_with(" *** ERROR: %ts_mode 4 does not exist; the molecule has 3 mode(s).\n")) << no_mode.report;
+  EXPECT_FALSE(no_mode.says("computing Hessian"));
   const PROGRAM_RUN_T early = run_program_in_folder("%job ts\n%geom_maxiter 2\n" + isomerisation);
   EXPECT_EQ(early.status, 3);
   EXPECT_TRUE(early.says("   *** Transition-state search NOT converged after 2 steps!\n"));
