@@ -98,20 +98,6 @@ TEST(InternalCoords, KnownSetsAreFound) {
   EXPECT_EQ(counts("He 0 0 0\n"), (std::array<int, 4>{0, 0, 0, 0}));
 }
 
-TEST(InternalCoords, ShortestDistanceJoinsFragments) {
-  const STRUCTURE_T dimer = structure(water_dimer);
-  const COORDINATE_SET_T set = generate_coordinates(dimer.z, dimer.x);
-  int links = 0;
-  for (const INTCOORD_T& c : set.coordinates) {
-    if (c.kind != KIND::bond || !c.through_space) continue;
-    ++links;
-    EXPECT_EQ(c.atoms[0], 3);
-    EXPECT_EQ(c.atoms[1], 4);
-  }
-  EXPECT_EQ(links, 1);
-  EXPECT_EQ(set.bonded(2, 3), 1);
-}
-
 /// Two ethenes face to face, their carbon atoms 4.2 bohr apart and two hydrogen atoms bent in to 3.4 bohr: the search for
 /// the cycloaddition needs both carbon links and not that of the hydrogen atoms.
 TEST(InternalCoords, FormingBondsJoinFragmentsByTheirRadii) {

@@ -60,29 +60,23 @@ std::string without(const std::string& text, const std::string& tag) {
 TEST(HessianFile, LayoutIsTheDocumentedOne) {
   HESSIAN_FILE_T content = water();
   content.gradient.resize(0);
-  std::istringstream text(hessian_file_text(content));
+  const std::string text = hessian_file_text(content);
+  for (const std::string part :
+       {"# Zentrix Hessian file\n# Format version: 1\n# Generated:      2",
+        "# Basis:          6-31G*\n# ECP:            none\n# Spin:           restricted\n",
+        "# Units:          bohr (geometry, gradient), Ha/bohr^2 (Hessian), cm^-1 (frequencies)\n\n$method\nB3LYP\n\n"
+        "$basis\n6-31G*\n\n$ecp\nnone\n\n$spin\nrestricted\n\n$charge\n0\n\n$multiplicity\n1\n\n$natoms\n3\n\n$atoms\n"
+        "  8 O    0.000000000000E+00   0.000000000000E+00   2.210000000000E-01\n",
+        "\n\n$energy\n -7.640000000000E+01\n\n$gradient\n   0.000000000000E+00   0.000000000000E+00 "}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+  }
   std::vector<std::string> lines;
-  for (std::string line; std::getline(text, line);) lines.push_back(line);
-  const std::vector<std::string> head = {"# Zentrix Hessian file", "# Format version: 1"};
-  EXPECT_TRUE(std::equal(head.begin(), head.end(), lines.begin()));
-  EXPECT_EQ(lines[2].size(), std::string("# Generated:      2026-01-31 23:59:59").size());
-  const std::string head_end =
-      "# Units:          bohr (geometry, gradient), Ha/bohr^2 (Hessian), cm^-1 "
-      "(frequencies)\n\n$method\nB3LYP\n\n$basis\n6-31G*\n\n"
-      "$ecp\nnone\n\n$spin\nrestricted\n\n$charge\n0\n\n$multiplicity\n1\n\n$natoms\n3\n\n$atoms\n"
-      "  8 O    0.000000000000E+00   0.000000000000E+00   2.210000000000E-01\n";
-  EXPECT_NE(text.str().find(head_end), std::string::npos);
-  EXPECT_NE(text.str().find("# Basis:          6-31G*\n# ECP:            none\n# Spin:           restricted\n"),
-            std::string::npos);
-  EXPECT_NE(text.str().find("\n\n$energy\n -7.640000000000E+01\n\n$gradient\n   0.000000000000E+00   0.000000000000E+00 "),
-            std::string::npos);
-  EXPECT_EQ(lines[45], "$hessian");
-  EXPECT_EQ(lines[46], "9 9 ");
+  std::istringstream all(text);
+  for (std::string line; std::getline(all, line);) lines.push_back(line);
+  EXPECT_EQ(lines[45] + "|" + lines[46], "$hessian|9 9 ");
   EXPECT_EQ(lines[47].size(), 5U * 21U);
   EXPECT_EQ(lines[48].size(), 4U * 21U);
-  EXPECT_EQ(lines[65 + 1], "$frequencies");
-  EXPECT_EQ(lines[67], "9");
-  EXPECT_EQ(lines[71], "$normal_modes");
+  EXPECT_EQ(lines[66] + "|" + lines[67] + "|" + lines[71], "$frequencies|9|$normal_modes");
   EXPECT_EQ(lines.back(), "$end");
 }
 

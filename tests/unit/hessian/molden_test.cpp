@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <map>
 #include <sstream>
@@ -17,7 +18,7 @@ using namespace zentrix;
 namespace {
 
 // A reader of the file by the format's own rules, sharing nothing with the program: shells over normalised primitives, every
-// function normalised, components in the format's order. Solid harmonics come from their recursions.
+// function normalised, components in the format's order.
 
 using POLYNOMIAL_T = std::map<std::array<int, 3>, double>;
 
@@ -45,63 +46,36 @@ struct MOLDEN_FILE_T {
   std::vector<ORBITAL_T> orbitals;
 };
 
-POLYNOMIAL_T product(const POLYNOMIAL_T& a, const POLYNOMIAL_T& b) {
+/// Of terms such as "-3xxz".
+POLYNOMIAL_T polynomial(const std::string& text) {
   POLYNOMIAL_T result;
-  for (const auto& [p, x] : a)
-    for (const auto& [q, y] : b) result[{p[0] + q[0], p[1] + q[1], p[2] + q[2]}] += x * y;
-  return result;
-}
-
-POLYNOMIAL_T sum(double f, const POLYNOMIAL_T& a, double g, const POLYNOMIAL_T& b) {
-  POLYNOMIAL_T result;
-  for (const auto& [p, x] : a) result[p] += f * x;
-  for (const auto& [p, x] : b) result[p] += g * x;
-  return result;
-}
-
-/// r^l times the real spherical harmonic of order m (cosine for m >= 0, sine below), not normalised.
-POLYNOMIAL_T solid_harmonic(int l, int m) {
-  const POLYNOMIAL_T one = {{{0, 0, 0}, 1.0}}, x = {{{1, 0, 0}, 1.0}}, y = {{{0, 1, 0}, 1.0}}, z = {{{0, 0, 1}, 1.0}};
-  const POLYNOMIAL_T r2 = {{{2, 0, 0}, 1.0}, {{0, 2, 0}, 1.0}, {{0, 0, 2}, 1.0}};
-  POLYNOMIAL_T cosine = one, sine;
-  for (int k = 0; k < std::abs(m); ++k) {
-    const POLYNOMIAL_T next = sum(1.0, product(x, cosine), -1.0, product(y, sine));
-    sine = sum(1.0, product(x, sine), 1.0, product(y, cosine));
-    cosine = next;
-  }
-  const int order = std::abs(m);
-  POLYNOMIAL_T before, legendre = one;
-  for (int k = order + 1; k <= l; ++k) {
-    const POLYNOMIAL_T next =
-        sum((2.0 * k - 1.0) / (k - order), product(z, legendre), -(k + order - 1.0) / (k - order), product(r2, before));
-    before = legendre;
-    legendre = next;
-  }
-  return product(m < 0 ? sine : cosine, legendre);
-}
-
-std::vector<POLYNOMIAL_T> components(int l, bool spherical) {
-  std::vector<POLYNOMIAL_T> result;
-  if (spherical && l > 1) {
-    for (int m = 0; m <= l; ++m) {
-      result.push_back(solid_harmonic(l, m));
-      if (m > 0) result.push_back(solid_harmonic(l, -m));
-    }
-    return result;
-  }
-  const std::array<std::vector<std::string>, 5> names = {
-      {{""},
-       {"x", "y", "z"},
-       {"xx", "yy", "zz", "xy", "xz", "yz"},
-       {"xxx", "yyy", "zzz", "xyy", "xxy", "xxz", "xzz", "yzz", "yyz", "xyz"},
-       {"xxxx", "yyyy", "zzzz", "xxxy", "xxxz", "yyyx", "yyyz", "zzzx", "zzzy", "xxyy", "xxzz", "yyzz", "xxyz", "yyxz",
-        "zzxy"}}};
-  for (const std::string& name : names.at(static_cast<std::size_t>(l))) {
+  for (std::size_t at = 0; at < text.size();) {
+    const double sign = text[at] == '-' ? -1.0 : 1.0;
+    if (text[at] == '-' || text[at] == '+') ++at;
+    double factor = 0.0;
+    for (; std::isdigit(text[at]) != 0; ++at) factor = 10.0 * factor + (text[at] - '0');
     std::array<int, 3> powers = {};
-    for (const char c : name) ++powers[static_cast<std::size_t>(c - 'x')];
-    result.push_back({{powers, 1.0}});
+    for (; at < text.size() && text[at] >= 'x'; ++at) ++powers[static_cast<std::size_t>(text[at] - 'x')];
+    result[powers] += sign * (factor == 0.0 ? 1.0 : factor);
   }
   return result;
+}
+
+/// In the format's order; solid harmonics m = 0, +1, -1, +2, -2, ..., cosines for m > 0, not normalised.
+std::vector<std::string> components(int l, bool spherical) {
+  static const std::vector<std::vector<std::string>> cartesian = {
+      {"1"},
+      {"x", "y", "z"},
+      {"xx", "yy", "zz", "xy", "xz", "yz"},
+      {"xxx", "yyy", "zzz", "xyy", "xxy", "xxz", "xzz", "yzz", "yyz", "xyz"},
+      {"xxxx", "yyyy", "zzzz", "xxxy", "xxxz", "yyyx", "yyyz", "zzzx", "zzzy", "xxyy", "xxzz", "yyzz", "xxyz", "yyxz",
+       "zzxy"}};
+  static const std::vector<std::vector<std::string>> harmonics = {
+      {"2zz-xx-yy", "xz", "yz", "xx-yy", "xy"},
+      {"2zzz-3xxz-3yyz", "4xzz-xxx-xyy", "4yzz-xxy-yyy", "xxz-yyz", "xyz", "xxx-3xyy", "3xxy-yyy"},
+      {"8zzzz-24xxzz-24yyzz+3xxxx+6xxyy+3yyyy", "4xzzz-3xxxz-3xyyz", "4yzzz-3xxyz-3yyyz", "6xxzz-6yyzz-xxxx+yyyy",
+       "6xyzz-xxxy-xyyy", "xxxz-3xyyz", "3xxyz-yyyz", "xxxx-6xxyy+yyyy", "xxxy-xyyy"}};
+  return spherical && l > 1 ? harmonics.at(static_cast<std::size_t>(l) - 2) : cartesian.at(static_cast<std::size_t>(l));
 }
 
 /// int (x - a)^i (x - b)^j exp(-p (x - a)^2 - q (x - b)^2) dx for i, j up to 4 by recursion over the powers.
@@ -143,10 +117,10 @@ double overlap(const FUNCTION_T& f, const FUNCTION_T& g) {
 /// them stays so and is found out.
 void add_shell(MOLDEN_FILE_T& file, const std::array<double, 3>& centre, int l, bool spherical,
                const std::vector<PRIMITIVE_T>& shell) {
-  for (const POLYNOMIAL_T& polynomial : components(l, spherical)) {
-    FUNCTION_T f{centre, {}, polynomial};
+  for (const std::string& component : components(l, spherical)) {
+    FUNCTION_T f{centre, {}, polynomial(component)};
     for (const PRIMITIVE_T& given : shell) {
-      FUNCTION_T bare{centre, {{given.exponent, 1.0}}, polynomial};
+      const FUNCTION_T bare{centre, {{given.exponent, 1.0}}, f.polynomial};
       f.primitives.push_back({given.exponent, given.coefficient / std::sqrt(overlap(bare, bare))});
     }
     file.functions.push_back(f);
