@@ -24,12 +24,12 @@ constexpr double small_overlap = 1e-8;
 constexpr int oscillation_entries = 4;
 constexpr double oscillation_nearness = 10.0;
 constexpr double oscillation_rise = 5.0;
-/// A run is led downhill wholly above the upper and not at all below the lower value of |g|: a poor start at first, later
-/// any that has not come near a stationary point.
+/// A run is led downhill wholly above the upper and not at all below the lower value of |g| (of one channel): a poor start
+/// at first, later any that has not come near a stationary point.
 struct DESCENT_T {
   double none, all;
 };
-constexpr DESCENT_T early_descent = {1.0, 10.0}, late_descent = {1e-3, 2e-2};
+constexpr DESCENT_T early_descent = {1.5, 15.0}, late_descent = {1e-3, 2e-2};
 constexpr int late_after = 20;
 
 /// X = S^(-1/2) = U s^(-1/2) U^T (P.-O. Loewdin, J. Chem. Phys. 18 (1950) 365); nothing is discarded.
@@ -207,9 +207,11 @@ class LOOP_T {
   }
 
   /// Weight of the energy-directed interpolation beside DIIS, which extrapolates well only near a stationary point.
-  static double descent_share(const SCF_ROW_T& row) {
+  double descent_share(const SCF_ROW_T& row) const {
     const DESCENT_T& descent = row.iteration > late_after ? late_descent : early_descent;
-    return std::clamp((row.gradient - descent.none) / (descent.all - descent.none), 0.0, 1.0);
+    // Two channels with half the density each have a norm smaller by sqrt 2 than the one of the same closed shell.
+    const double gradient = row.gradient * std::sqrt(static_cast<double>(result_.channels.size()));
+    return std::clamp((gradient - descent.none) / (descent.all - descent.none), 0.0, 1.0);
   }
 
   /// Near convergence a sudden rise of the density change means that old entries of the history mislead the extrapolation.
