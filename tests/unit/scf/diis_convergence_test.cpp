@@ -140,7 +140,7 @@ TEST(SCF_LOOP, OneAndTwoChannelsAgreeForAClosedShell) {
   const RUN_T two = run(TESTS::water, "6-31G*", lowest, true);
   EXPECT_NEAR(one.result.energy.total(), two.result.energy.total(), 1e-9);
   EXPECT_LT((one.result.total_density() - two.result.total_density()).cwiseAbs().maxCoeff(), 1e-5);
-  EXPECT_EQ(one.result.iterations, two.result.iterations);
+  EXPECT_NEAR(one.result.iterations, two.result.iterations, 1);  // the norm tested is smaller by sqrt 2 for two channels
 }
 
 TEST(SCF_LOOP, ShiftAndDampingChangeTheRoadAndNotTheGoal) {
