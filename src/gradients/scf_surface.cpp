@@ -10,10 +10,31 @@
 #include "scf/scf_run.hpp"
 
 namespace zentrix::GRADIENTS {
+namespace {
+
+constexpr double same_position = 1e-10;  // bohr
+
+}  // namespace
 
 SCF_SURFACE_T::SCF_SURFACE_T(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional,
                              const MOLECULE_T& molecule, std::ostream* report)
     : input_(input), functional_(functional), molecule_(molecule), report_(report) {}
+
+void SCF_SURFACE_T::hold_start() {
+  start_held_ = true;
+  held_positions_ = positions_;
+}
+
+SCF::SPIN_MATRICES_T SCF_SURFACE_T::starting_densities(const CARTESIAN_T& positions) const {
+  const bool known = start_held_ && scf_.converged && previous_densities_.size() == scf_.channels.size();
+  if (!known || held_positions_.size() != positions.size()) return previous_densities_;
+  if ((positions + positions_ - 2.0 * held_positions_).cwiseAbs().maxCoeff() > same_position) return previous_densities_;
+  SCF::SPIN_MATRICES_T densities;
+  for (std::size_t s = 0; s < scf_.channels.size(); ++s) {
+    densities.emplace_back(2.0 * previous_densities_[s] - scf_.channels[s].density);
+  }
+  return densities;
+}
 
 void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
   const MOLECULE_T there = moved(molecule_, positions);
@@ -26,8 +47,10 @@ void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
     const STAGE_TIMER timer(STAGE::integrals_2e);
     geometry_ = std::make_unique<SCF::GEOMETRY_DATA_T>(there, std::move(one_electron));
   }
+  const SCF::SPIN_MATRICES_T start = starting_densities(positions);
   if (!functional_.is_hartree_fock()) SCF::set_up_grid(*geometry_, input_, report_);
-  scf_ = SCF::run_method(*geometry_, functional_, input_, previous_densities_, report_);
+  scf_ = SCF::run_method(*geometry_, functional_, input_, start, report_);
+  positions_ = positions;
   if (!scf_.converged || start_held_) return;
   previous_densities_.clear();
   for (const SCF::SPIN_CHANNEL_T& channel : scf_.channels) previous_densities_.push_back(channel.density);

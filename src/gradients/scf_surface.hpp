@@ -29,7 +29,9 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
   const MOLECULE_T& molecule() const override { return molecule_; }
   SURFACE_POINT_T energy(const CARTESIAN_T& positions) override;
   SURFACE_POINT_T energy_and_gradient(const CARTESIAN_T& positions) override;
-  void hold_start() override { start_held_ = true; }
+  /// Two evaluations in a row at opposite displacements are told from their positions: the second one starts from the
+  /// densities that the first one's change predicts, 2 D_0 - D.
+  void hold_start() override;
 
   /// State and geometry of the last evaluation; null before the first one.
   const SCF::SCF_RESULT_T& last_scf() const { return scf_; }
@@ -46,6 +48,7 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
 
  private:
   void run_scf(const CARTESIAN_T& positions);
+  SCF::SPIN_MATRICES_T starting_densities(const CARTESIAN_T& positions) const;
   void add_terms(const CARTESIAN_T& positions, GRADIENT_OBSERVER_T& observer, SURFACE_POINT_T& point) const;
 
   const INPUT_PARSER::INPUT_DATA_T& input_;
@@ -55,8 +58,10 @@ class SCF_SURFACE_T : public ENERGY_SURFACE_T {
   std::vector<const NUCLEAR_TERM_T*> terms_;
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry_;
   SCF::SCF_RESULT_T scf_;
+  CARTESIAN_T positions_;                    ///< of the last evaluation
   SCF::SPIN_MATRICES_T previous_densities_;  ///< of the last converged evaluation
   bool start_held_ = false;                  ///< they stay what they are
+  CARTESIAN_T held_positions_;               ///< where they belong
 };
 
 }  // namespace zentrix::GRADIENTS

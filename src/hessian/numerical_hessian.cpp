@@ -52,6 +52,10 @@ INPUT_PARSER::INPUT_DATA_T settings_for_differences(const INPUT_PARSER::INPUT_DA
   settings.scf_etol = std::min(input.scf_etol, 1e-9);
   settings.scf_ptol = std::min(input.scf_ptol, 1e-7);
   settings.scf_gtol = std::min(input.scf_gtol, 1e-7);
+  // Iterations beyond the tolerances guard against rough guesses; these runs start next to their solution.
+  const INPUT_PARSER::INPUT_DATA_T usual;
+  if (input.scf_min_iter <= usual.scf_min_iter) settings.scf_min_iter = 1;
+  if (input.scf_n_converged <= usual.scf_n_converged) settings.scf_n_converged = 1;
   return settings;
 }
 

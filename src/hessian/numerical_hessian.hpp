@@ -51,7 +51,7 @@ class HESSIAN_PRINTER_T : public HESSIAN_OBSERVER_T {
 NUMERICAL_HESSIAN_T numerical_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, HESSIAN_OBSERVER_T& observer);
 
 /// The settings with SCF tolerances that gradients to be differenced need: an error of the orbitals enters the Hessian
-/// divided by 2 h. Tighter ones of the user stay.
+/// divided by 2 h. Tighter ones of the user stay. A run ends as soon as they are met.
 INPUT_PARSER::INPUT_DATA_T settings_for_differences(const INPUT_PARSER::INPUT_DATA_T& input);
 
 /// Notes on a numerical Hessian: SCF runs that did not converge.
