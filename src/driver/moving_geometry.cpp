@@ -15,8 +15,7 @@ void keep_for_interruption(const std::vector<std::string>& symbols, const VECTOR
 }
 
 OPTIMIZATION_PRINTER_T::OPTIMIZATION_PRINTER_T(const RUN_T& run, std::ostream& report)
-    : OPTIMIZER_PRINTER_T(run.molecule, {run.input.zmatrix, run.input.print_grad}, report),
-      symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
+    : OPTIMIZER_PRINTER_T(run.molecule, run.input.zmatrix, report), symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
 
 void OPTIMIZATION_PRINTER_T::evaluating(int step, const VECTOR& positions) {
   keep_for_interruption(symbols_, positions);

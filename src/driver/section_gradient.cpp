@@ -3,7 +3,6 @@
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
 #include "driver/sections.hpp"
-#include "geometry/positions_report.hpp"
 #include "gradients/gradient_report.hpp"
 #include "report/layout.hpp"
 
@@ -29,9 +28,6 @@ int section_gradient(RUN_T& run, std::ostream& report) {
   const auto surface = method_surface(run, &report);
   const GRADIENTS::SURFACE_POINT_T point = surface->energy_and_gradient(GRADIENTS::positions_of(run.molecule));
   GRADIENTS::print_gradient(run.molecule, point.gradient, report);
-  if (run.input.print_grad) {
-    GRADIENTS::print_wanted_gradient(INTERNAL_COORDS::symbols_of(run.molecule), point.gradient, report);
-  }
   if (!point.converged) run.converged = false;
   run.scf = surface->last_scf();
   run.geometry = surface->take_geometry();

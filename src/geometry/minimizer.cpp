@@ -86,7 +86,7 @@ class MINIMIZER_T {
     const double change = step > 1 ? here.energy - previous_energy_ : 0.0;
     const STEP_ROW_T row = step_row(step, here.energy, change, free_gradient(here, parts), dq);
     previous_energy_ = here.energy;
-    observer_.evaluated(row, here.cartesian_gradient);
+    observer_.evaluated(row);
     return row;
   }
 

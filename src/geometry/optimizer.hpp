@@ -47,7 +47,7 @@ class OPTIMIZER_OBSERVER_T {
   virtual void started(bool /*internal*/, INPUT_PARSER::MODEL_HESSIAN, const THRESHOLDS_T&) {}
   /// Before the surface is asked.
   virtual void evaluating(int /*step*/, const VECTOR& /*positions*/) {}
-  virtual void evaluated(const STEP_ROW_T&, const VECTOR& /*gradient*/) {}
+  virtual void evaluated(const STEP_ROW_T&) {}
   virtual void step_rejected(int /*step*/, double /*rise*/) {}
   virtual void coordinates_remade() {}
   virtual void scf_failed(int /*step*/) {}

@@ -7,7 +7,6 @@
 #include "geometry/internal_coords_report.hpp"
 #include "geometry/positions_report.hpp"
 #include "geometry/zmatrix_values.hpp"
-#include "gradients/gradient_report.hpp"
 #include "report/layout.hpp"
 
 namespace zentrix::OPTIMIZER {
@@ -18,8 +17,9 @@ constexpr auto table_header = "   Step        Energy       dE       max|g|    rm
 
 }  // namespace
 
-OPTIMIZER_PRINTER_T::OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, OPTIONS_T options, std::ostream& report)
-    : symbols_(INTERNAL_COORDS::symbols_of(molecule)), options_(std::move(options)), report_(report) {}
+OPTIMIZER_PRINTER_T::OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix,
+                                         std::ostream& report)
+    : symbols_(INTERNAL_COORDS::symbols_of(molecule)), zmatrix_(std::move(zmatrix)), report_(report) {}
 
 void OPTIMIZER_PRINTER_T::cartesian_forced() {
   fmt::print(report_, "   %opt_coord cart: forcing Cartesian-BFGS optimizer (skipping internals).\n");
@@ -75,8 +75,7 @@ void OPTIMIZER_PRINTER_T::evaluating(int step, const VECTOR& positions) {
   print_geometry(positions);
 }
 
-void OPTIMIZER_PRINTER_T::evaluated(const STEP_ROW_T& row, const VECTOR& gradient) {
-  if (options_.gradients) GRADIENTS::print_wanted_gradient(symbols_, gradient, report_);
+void OPTIMIZER_PRINTER_T::evaluated(const STEP_ROW_T& row) {
   fmt::print(report_, "\n{}", table_header);
   fmt::print(report_, "{:7d}{:15.8f}{:10.2e}{:11.6f}{:10.6f}{:11.6f}{:10.6f}\n", row.step, row.energy, row.energy_change,
              row.max_gradient, row.rms_gradient, row.max_step, row.rms_step);
@@ -103,7 +102,7 @@ void OPTIMIZER_PRINTER_T::finished(const OPTIMIZATION_T& result) {
   fmt::print(report_, "\n   {} (Angstrom):\n",
              result.outcome == OUTCOME::converged ? "Optimized geometry" : "Last geometry");
   print_geometry(result.positions);
-  if (!options_.zmatrix.empty()) print_zmatrix(result.positions);
+  if (!zmatrix_.empty()) print_zmatrix(result.positions);
 }
 
 void OPTIMIZER_PRINTER_T::print_geometry(const VECTOR& positions) const {
@@ -112,7 +111,7 @@ void OPTIMIZER_PRINTER_T::print_geometry(const VECTOR& positions) const {
 
 void OPTIMIZER_PRINTER_T::print_zmatrix(const VECTOR& positions) const {
   fmt::print(report_, "\n   Optimized Z-matrix:\n");
-  for (const INPUT_PARSER::ZMATRIX_ROW_T& row : zmatrix_at(options_.zmatrix, positions)) {
+  for (const INPUT_PARSER::ZMATRIX_ROW_T& row : zmatrix_at(zmatrix_, positions)) {
     fmt::print(report_, "     {:<5}", row.token);
     if (row.bond_atom > 0) fmt::print(report_, " {:4d} {:12.8f}", row.bond_atom, row.bond);
     if (row.angle_atom > 0) fmt::print(report_, " {:4d} {:12.6f}", row.angle_atom, row.angle);

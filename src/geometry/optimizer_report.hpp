@@ -12,11 +12,8 @@ namespace zentrix::OPTIMIZER {
 /// that an interrupted run can be taken up by hand), the table of steps, the final geometry.
 class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
  public:
-  struct OPTIONS_T {
-    std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix;  ///< of the input; empty when it was Cartesian
-    bool gradients = false;                            ///< print the Cartesian gradient of every step
-  };
-  OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, OPTIONS_T options, std::ostream& report);
+  /// `zmatrix`: of the input; empty when it was Cartesian.
+  OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix, std::ostream& report);
   void cartesian_forced() override;
   void too_few_coordinates() override;
   void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
@@ -25,7 +22,7 @@ class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
   void refused(REFUSAL reason) override;
   void started(bool internal, INPUT_PARSER::MODEL_HESSIAN model, const THRESHOLDS_T& thresholds) override;
   void evaluating(int step, const VECTOR& positions) override;
-  void evaluated(const STEP_ROW_T& row, const VECTOR& gradient) override;
+  void evaluated(const STEP_ROW_T& row) override;
   void step_rejected(int step, double rise) override;
   void coordinates_remade() override;
   void scf_failed(int step) override;
@@ -36,7 +33,7 @@ class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
   void print_zmatrix(const VECTOR& positions) const;
 
   std::vector<std::string> symbols_;
-  OPTIONS_T options_;
+  std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix_;
   std::ostream& report_;
 };
 

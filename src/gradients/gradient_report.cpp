@@ -78,7 +78,14 @@ void GRADIENT_PRINTER_T::semi_analytical_done() { fmt::print(report_, "   Gradie
 
 namespace {
 
-void print_extremes(const CARTESIAN_T& gradient, std::ostream& report) {
+/// One line per atom, then the extremes.
+void print_components(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
+  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 10); };
+  for (std::size_t a = 0; a < molecule.atoms.size(); ++a) {
+    const auto at = static_cast<Eigen::Index>(3 * a);
+    fmt::print(report, "   {:4d} {:<2s}  {:16.10f} {:14.10f} {:14.10f}\n", a + 1, molecule.atoms[a].symbol, component(at),
+               component(at + 1), component(at + 2));
+  }
   fmt::print(report, "   Max gradient component: {:16.10f}\n", gradient.cwiseAbs().maxCoeff());
   fmt::print(report, "   RMS gradient:           {:16.10f}\n",
              std::sqrt(gradient.squaredNorm() / static_cast<double>(gradient.size())));
@@ -87,26 +94,13 @@ void print_extremes(const CARTESIAN_T& gradient, std::ostream& report) {
 }  // namespace
 
 void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
-  fmt::print(report, "\n   Cartesian gradient (Hartree/Bohr):\n");
-  fmt::print(report, "     Atom              gX             gY             gZ\n");
-  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 10); };
-  for (std::size_t a = 0; a < molecule.atoms.size(); ++a) {
-    const auto at = static_cast<Eigen::Index>(3 * a);
-    fmt::print(report, "   {:4d} {:<2s}  {:16.10f} {:14.10f} {:14.10f}\n", a + 1, molecule.atoms[a].symbol, component(at),
-               component(at + 1), component(at + 2));
-  }
-  print_extremes(gradient, report);
+  fmt::print(report, "\n   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n");
+  print_components(molecule, gradient, report);
 }
 
-void print_wanted_gradient(const std::vector<std::string>& symbols, const CARTESIAN_T& gradient, std::ostream& report) {
+void print_wanted_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
   fmt::print(report, "\n   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n");
-  const auto component = [&](Eigen::Index k) { return without_minus_zero(gradient(k), 8); };
-  for (std::size_t a = 0; a < symbols.size(); ++a) {
-    const auto k = static_cast<Eigen::Index>(3 * a);
-    fmt::print(report, "   {:4d} {:<2} {:14.8f} {:14.8f} {:14.8f}\n", a + 1, symbols[a], component(k), component(k + 1),
-               component(k + 2));
-  }
-  print_extremes(gradient, report);
+  print_components(molecule, gradient, report);
 }
 
 }  // namespace zentrix::GRADIENTS

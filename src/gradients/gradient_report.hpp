@@ -1,8 +1,6 @@
 #pragma once
 
 #include <iosfwd>
-#include <string>
-#include <vector>
 
 #include "gradients/energy_surface.hpp"
 #include "gradients/gradient_observer.hpp"
@@ -35,7 +33,7 @@ void print_nuclear_term(const NUCLEAR_TERM_T& term, double energy, std::ostream&
 
 /// The table of a gradient under its heading, one line per atom, then the largest component and the root mean square.
 void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report);
-/// The same under the heading of %print_grad, which optimisers print at every step.
-void print_wanted_gradient(const std::vector<std::string>& symbols, const CARTESIAN_T& gradient, std::ostream& report);
+/// The same under the heading of %print_grad.
+void print_wanted_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report);
 
 }  // namespace zentrix::GRADIENTS

@@ -86,6 +86,7 @@ SURFACE_POINT_T SCF_SURFACE_T::energy_and_gradient(const CARTESIAN_T& positions)
   point.gradient = input_.semi_analytical_gradient ? semi_analytical_gradient(*geometry_, functional_, scf_, *observer)
                                                    : scf_gradient(*geometry_, functional_, scf_, *observer).total();
   add_terms(positions, *observer, point);
+  if (report_ != nullptr && input_.print_grad) print_wanted_gradient(molecule_, point.gradient, *report_);
   return point;
 }
 

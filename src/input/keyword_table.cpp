@@ -254,7 +254,7 @@ std::vector<KEYWORD_T> output_rows() {
        "Print the timing profile at the end.",
        yes_no_text},
       {"PRINT_GRAD", {"PRINT_GRADIENT"}, yes_no(&IN::print_grad), "no",
-       "Print the Cartesian gradient at every step of an optimisation, and in gradient jobs.",
+       "Print every Cartesian gradient of the run but those of a numerical Hessian.",
        yes_no_text},
   };
 }

@@ -168,17 +168,17 @@ TEST(EnergyReport, GradientJobsEndInSectionSeven) {
   const PROGRAM_RUN_T run =
       run_program_in_folder("%job gradient\n%method pbe\n%basis STO-3G\n%print_time\n%print_grad\n" + water_geometry);
   ASSERT_EQ(run.status, 0) << run.report;
-  expect_in_order(run, {" --- Section 2: One-Electron Integrals ---\n",
-                        " --- Section 4: Gradient ---\n   Method: fully analytical\n   Running SCF for gradient...\n",
-                        " --- Building DFT integration grid ---\n", "   Initial Fock matrix:       core Hamiltonian\n",
-                        "   SCF energy: ", "   Computing fused 1e gradient (S + T + V_nuc)...\n   Fused 1e gradient done.\n",
-                        "   Computing 2-electron gradient...\n     ERI gradient: ",
-                        "   Analytical gradient computed.\n   Computing XC gradient (analytical)...\n",
-                        "   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n",
-                        "   Max gradient component: ", "   RMS gradient:           ",
-                        "   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n",
-                        " --- Section 7: Output & Properties ---\n", "     Total energy:      ", "  Gradient 1e",
-                        "  Gradient 2e", "  Gradient DFT"});
+  expect_in_order(run,
+                  {" --- Section 2: One-Electron Integrals ---\n",
+                   " --- Section 4: Gradient ---\n   Method: fully analytical\n   Running SCF for gradient...\n",
+                   " --- Building DFT integration grid ---\n", "   Initial Fock matrix:       core Hamiltonian\n",
+                   "   SCF energy: ", "   Computing fused 1e gradient (S + T + V_nuc)...\n   Fused 1e gradient done.\n",
+                   "   Computing 2-electron gradient...\n     ERI gradient: ",
+                   "   Analytical gradient computed.\n   Computing XC gradient (analytical)...\n",
+                   "   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n",
+                   "   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n",
+                   "   Max gradient component: ", "   RMS gradient:           ", " --- Section 7: Output & Properties ---\n",
+                   "     Total energy:      ", "  Gradient 1e", "  Gradient 2e", "  Gradient DFT"});
   EXPECT_FALSE(run.says("--- Section 3")) << run.report;
   const PROGRAM_RUN_T open =
       run_program_in_folder("%job gradient\n%grad_method semi\n%basis STO-3G\n%spin uhf\n" + water_geometry);

@@ -51,8 +51,9 @@ TEST(TransitionStateReport, TellsWhatItCannotDo) {
   EXPECT_EQ(no_mode.status, 1);
   EXPECT_TRUE(no_mode.ends_with(" *** ERROR: %ts_mode 4 does not exist; the molecule has 3 mode(s).\n")) << no_mode.report;
   EXPECT_FALSE(no_mode.says("computing Hessian"));
-  const PROGRAM_RUN_T early = run_program_in_folder("%job ts\n%geom_maxiter 2\n" + isomerisation);
+  const PROGRAM_RUN_T early = run_program_in_folder("%job ts\n%geom_maxiter 2\n%print_grad\n" + isomerisation);
   EXPECT_EQ(early.status, 3);
   EXPECT_TRUE(early.says("   *** Transition-state search NOT converged after 2 steps!\n"));
   EXPECT_TRUE(early.says("   Last geometry (Angstrom):\n"));
+  EXPECT_TRUE(early.says("   %print_grad  (Hartree/Bohr)\n")) << "of every step";
 }

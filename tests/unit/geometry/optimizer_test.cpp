@@ -35,7 +35,7 @@ VECTOR shaken(const VECTOR& x, double length, unsigned seed) {
 class RECORDER_T : public OPTIMIZER_OBSERVER_T {
  public:
   void started(bool is_internal, MODEL_HESSIAN, const THRESHOLDS_T&) override { internal = is_internal; }
-  void evaluated(const STEP_ROW_T& row, const VECTOR&) override { rows.push_back(row); }
+  void evaluated(const STEP_ROW_T& row) override { rows.push_back(row); }
   void step_rejected(int, double) override { ++rejected; }
   void coordinates_remade() override { ++remade; }
   bool internal = false;
