@@ -37,15 +37,23 @@ double minimising_shift(const VECTOR& eigenvalues, const VECTOR& gradient, Eigen
   return low;
 }
 
+/// Up along a mode with the higher root mu = b/2 + sqrt(b^2/4 + alpha g^2) of its own two-dimensional problem. From a valley
+/// or a symmetric structure, where nothing tells the two ways up apart, it goes the way of the eigenvector.
+double step_up(double b, double g, double alpha) {
+  if (b <= 0.0) return std::abs(g) < NO_GRADIENT ? 0.0 : 2.0 * g / (std::sqrt(b * b + 4.0 * alpha * g * g) - b);
+  if (std::abs(g) < NO_GRADIENT) g = NO_GRADIENT;
+  return (std::sqrt(b * b + 4.0 * alpha * g * g) + b) / (2.0 * alpha * g);
+}
+
 VECTOR step_for_metric(const VECTOR& eigenvalues, const VECTOR& gradient, Eigen::Index followed, double alpha) {
   const double mu = minimising_shift(eigenvalues, gradient, followed, alpha);
   VECTOR step = VECTOR::Zero(gradient.size());
   for (Eigen::Index k = 0; k < gradient.size(); ++k) {
-    const double g = gradient(k);
-    const double b = eigenvalues(k);
-    if (std::abs(g) < NO_GRADIENT) continue;
-    // Upwards: mu = b/2 + sqrt(b^2/4 + alpha g^2) is the higher root of the mode's own two-dimensional problem.
-    step(k) = k == followed ? 2.0 * g / (std::sqrt(b * b + 4.0 * alpha * g * g) - b) : -g / (b - mu);
+    if (k == followed) {
+      step(k) = step_up(eigenvalues(k), gradient(k), alpha);
+    } else if (std::abs(gradient(k)) >= NO_GRADIENT) {
+      step(k) = -gradient(k) / (eigenvalues(k) - mu);
+    }
   }
   return step;
 }

@@ -7,7 +7,8 @@
 #include "geometry/hessian_transform.hpp"
 #include "geometry/hessian_update.hpp"
 #include "geometry/prfo_step.hpp"
-#include "geometry/trust_radius.hpp"
+#include "geometry/saddle_trust.hpp"
+#include "geometry/scaled_coordinates.hpp"
 #include "linalg/lapack.hpp"
 #include "report/stop.hpp"
 
@@ -16,11 +17,6 @@ namespace {
 
 using namespace INTERNAL_COORDS;
 using OPTIMIZER::COORDINATE_POINT_T;
-using OPTIMIZER::COORDINATE_SYSTEM_T;
-
-/// The exact starting Hessian earns more trust than a minimiser's model. Not much more: with 0.3 at the start the search for
-/// the dissociation of formaldehyde leaves the saddle point's neighbourhood and does not return.
-constexpr double SADDLE_TRUST_START = 0.2;
 
 /// The Hessian in the independent coordinates of a point.
 struct MODES_T {
@@ -38,16 +34,9 @@ MODES_T modes_of(const MATRIX& hessian, const FRAME_T& frame) {
   return modes;
 }
 
-/// How good a step was for `next_trust`: 1 when the quadratic model was right, less when it missed to either side, as a
-/// saddle point is approached uphill and downhill at once.
-double agreement(double actual, double predicted) {
-  const double ratio = OPTIMIZER::energy_ratio(actual, predicted);
-  return ratio <= 1.0 ? ratio : 2.0 - ratio;
-}
-
 class SEARCH_T {
  public:
-  SEARCH_T(GRADIENTS::ENERGY_SURFACE_T& surface, COORDINATE_SYSTEM_T& system, const SADDLE_SETTINGS_T& settings,
+  SEARCH_T(GRADIENTS::ENERGY_SURFACE_T& surface, OPTIMIZER::COORDINATE_SYSTEM_T& system, const SADDLE_SETTINGS_T& settings,
            SADDLE_OBSERVER_T& observer)
       : surface_(surface), system_(system), settings_(settings), observer_(observer) {}
 
@@ -63,7 +52,8 @@ class SEARCH_T {
       if (last_) learn_from(here, dq);
       const MODES_T modes = modes_of(hessian_, here.frame);
       follow(modes);
-      const STEP_ROW_T row = OPTIMIZER::step_row(step, result_.point.energy, energy_change_, here.gradient, dq);
+      const STEP_ROW_T row = OPTIMIZER::step_row(step, result_.point.energy, energy_change_,
+                                                 system_.unscaled_gradient(here.gradient), system_.unscaled_step(dq));
       observer_.evaluated(row, followed_);
       result_.negative_eigenvalues = static_cast<int>((modes.eigenvalues.array() < 0.0).count());
       last_ = here;
@@ -121,24 +111,21 @@ class SEARCH_T {
       result_.outcome = OUTCOME::refused;
       return false;
     }
-    followed_vector_ = modes.vectors.col(settings_.mode > 0 ? settings_.mode - 1 : 0);
+    const int first = settings_.mode > 0 ? settings_.mode - 1 : 0;
+    followed_vector_ = modes.vectors.col(first);
+    followed_.eigenvalue = modes.eigenvalues(first);
     return true;
   }
 
-  /// The mode most like the one followed so far.
   void follow(const MODES_T& modes) {
-    const VECTOR overlaps = (modes.vectors.transpose() * followed_vector_).cwiseAbs();
-    Eigen::Index best = 0;
-    followed_.overlap = overlaps.maxCoeff(&best);
-    followed_.mode = static_cast<int>(best) + 1;
-    followed_.eigenvalue = modes.eigenvalues(best);
-    followed_vector_ = modes.vectors.col(best);
+    followed_ = OPTIMIZER::follow_mode(modes.eigenvalues, modes.vectors, followed_vector_, followed_.eigenvalue);
+    followed_vector_ = modes.vectors.col(followed_.mode - 1);
   }
 
   void learn_from(const COORDINATE_POINT_T& here, const VECTOR& dq) {
-    const double predicted = last_->gradient.dot(dq) + 0.5 * dq.dot(hessian_ * dq);
-    trust_ = OPTIMIZER::next_trust(trust_, agreement(energy_change_, predicted));
-    OPTIMIZER::bofill_update(hessian_, dq, here.gradient - last_->gradient);
+    const VECTOR change = here.gradient - last_->gradient;
+    trust_ = OPTIMIZER::trust_after_step(trust_, dq.norm(), OPTIMIZER::gradient_miss(change, hessian_ * dq));
+    OPTIMIZER::bofill_update(hessian_, dq, change);
   }
 
   VECTOR next_positions(const COORDINATE_POINT_T& here, const MODES_T& modes) const {
@@ -148,7 +135,7 @@ class SEARCH_T {
   }
 
   GRADIENTS::ENERGY_SURFACE_T& surface_;
-  COORDINATE_SYSTEM_T& system_;
+  OPTIMIZER::SCALED_SYSTEM_T system_;
   const SADDLE_SETTINGS_T& settings_;
   SADDLE_OBSERVER_T& observer_;
   SADDLE_POINT_T result_;
@@ -157,7 +144,7 @@ class SEARCH_T {
   VECTOR followed_vector_;
   FOLLOWED_MODE_T followed_;
   double energy_change_ = 0.0;
-  double trust_ = SADDLE_TRUST_START;
+  double trust_ = OPTIMIZER::SADDLE_TRUST_START;
 };
 
 /// Internal coordinates serve when they see every vibration and the atoms are not on one line.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/mode_following.hpp"
 #include "geometry/optimizer.hpp"
 
 // Front door of the transition-state search: a first-order saddle point of an energy surface by partitioned
@@ -8,6 +9,7 @@
 
 namespace zentrix::TRANSITION_STATE {
 
+using OPTIMIZER::FOLLOWED_MODE_T;
 using OPTIMIZER::OUTCOME;
 using OPTIMIZER::STEP_ROW_T;
 using OPTIMIZER::THRESHOLDS_T;
@@ -19,13 +21,6 @@ struct SADDLE_SETTINGS_T {
   THRESHOLDS_T thresholds;
 };
 SADDLE_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input);
-
-/// What is followed uphill from a point.
-struct FOLLOWED_MODE_T {
-  int mode = 0;             ///< from 1, in ascending eigenvalue
-  double eigenvalue = 0.0;  ///< hartree per squared coordinate unit
-  double overlap = 1.0;     ///< with the mode followed before
-};
 
 struct SADDLE_POINT_T {
   OUTCOME outcome = OUTCOME::refused;

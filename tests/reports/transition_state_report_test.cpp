@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -29,6 +32,27 @@ TEST(TransitionStateReport, FindsAndValidatesThePublishedSaddlePoint) {
   EXPECT_NEAR(run.number("     Total energy:      "), -92.24604, 1e-5);
   EXPECT_LE(run.number("search converged in "), 10);
   EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden", "run_2.hess"}));
+}
+
+/// Where symmetry takes every force from the way over the barrier, on the top of it and in the valley: energies of the peer
+/// for the flat and for the eclipsed molecule.
+TEST(TransitionStateReport, SymmetricStartsEndOnTheBarrier) {
+  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/transition_states.json");
+  const nlohmann::json references = nlohmann::json::parse(file);
+  for (const nlohmann::json& reference : references["symmetric"]) {
+    std::string lines = reference["atoms"];
+    std::replace(lines.begin(), lines.end(), ';', '\n');
+    const std::string method = reference["method"];
+    const std::string basis = reference["basis"];
+    const PROGRAM_RUN_T run =
+        run_program_in_folder("%job ts+freq\n%method " + method + "\n%basis " + basis + "\n%geo\n" + lines + "\n*end\n");
+    SCOPED_TRACE(reference["name"].get<std::string>() + " " + method);
+    ASSERT_EQ(run.status, 0) << run.report;
+    EXPECT_NEAR(run.number("     Total energy:      "), reference["energy"].get<double>(), 1e-5);
+    EXPECT_EQ(run.number("   Negative eigenvalues of the updated Hessian: "), 1);
+    EXPECT_EQ(run.number("   TR modes:          "), 7);
+    EXPECT_LE(run.number("search converged in "), reference["steps"].get<int>());
+  }
 }
 
 TEST(TransitionStateReport, StartsFromACachedHessian) {

@@ -119,6 +119,32 @@ TEST(PRFO_STEP, ClimbsOneModeAndDescendsTheOthers) {
   for (Eigen::Index k = 0; k < 3; ++k) EXPECT_NEAR(newton.step(k), -1e-6 * gradient(k) / eigenvalues(k), 1e-10);
 }
 
+TEST(PRFO_STEP, LeavesAValleyThatShowsNoWayUp) {
+  VECTOR eigenvalues(3);
+  eigenvalues << -0.05, 0.02, 0.3;
+  VECTOR gradient(3);
+  gradient << 0.0, 0.0, 0.01;
+  const PRFO_STEP_T valley = prfo_step(eigenvalues, gradient, 1, 0.2);
+  EXPECT_NEAR(valley.step(1), 0.2, 1e-3);
+  // On the top of the barrier there is nothing to climb.
+  const PRFO_STEP_T top = prfo_step(eigenvalues, gradient, 0, 0.2);
+  EXPECT_EQ(top.step(0), 0.0);
+  EXPECT_NEAR(top.step(2), -0.01 / 0.3, 1e-3);
+}
+
+TEST(FOLLOW_MODE, StaysWithNegativeEigenvalues) {
+  VECTOR eigenvalues(3);
+  eigenvalues << -0.2, -0.1, 0.3;
+  const MATRIX vectors = MATRIX::Identity(3, 3);
+  const VECTOR before = VECTOR::LinSpaced(3, 1.0, 3.0).normalized();
+  EXPECT_EQ(follow_mode(eigenvalues, vectors, before, 0.4).mode, 3);
+  const FOLLOWED_MODE_T kept = follow_mode(eigenvalues, vectors, before, -0.4);
+  EXPECT_EQ(kept.mode, 2);
+  EXPECT_EQ(kept.eigenvalue, -0.1);
+  EXPECT_NEAR(kept.overlap, before(1), 1e-15);
+  EXPECT_EQ(follow_mode(eigenvalues.cwiseAbs(), vectors, before, -0.4).mode, 3);
+}
+
 TEST(BOFILL_UPDATE, FulfilsTheSecantConditionAndStaysSymmetric) {
   std::mt19937 generator(3);
   std::uniform_real_distribution<double> element(-1.0, 1.0);
