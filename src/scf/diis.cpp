@@ -9,10 +9,13 @@
 namespace zentrix::SCF {
 namespace {
 
-/// |largest| / |smallest| eigenvalue in LAPACK's ascending order; 1e30 when there are none.
+/// |last| / |first| eigenvalue, in LAPACK's ascending order, of the errors' inner products; 1e30 when there are none. The
+/// border has no part in it: it alone gives one negative and one positive eigenvalue of about sqrt(m), whatever the errors
+/// are.
 double condition_ratio(const MATRIX& bordered) {
+  const Eigen::Index m = bordered.rows() - 1;
   VECTOR values;
-  if (symmetric_eigenvalues(bordered, values) != 0) return 1e30;
+  if (symmetric_eigenvalues(bordered.topLeftCorner(m, m), values) != 0) return 1e30;
   return std::max(std::abs(values(values.size() - 1)), 1e-300) / std::max(std::abs(values(0)), 1e-300);
 }
 

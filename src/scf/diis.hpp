@@ -27,8 +27,8 @@ class DIIS_T {
     int pruned = 0;             ///< oldest entries dropped for good
     double ratio = 0.0;         ///< last condition ratio seen before the subspace was accepted or given up
   };
-  /// Replaces `fock` by sum c_i F_i. Entries are dropped, oldest first, while the condition ratio of the bordered matrix
-  /// exceeds the limit. A singular system leaves the newest Fock matrices.
+  /// Replaces `fock` by sum c_i F_i. Entries are dropped, oldest first, while the condition ratio of the errors' inner
+  /// products exceeds the limit. A singular system leaves the newest Fock matrices.
   OUTCOME_T extrapolate(SPIN_MATRICES_T& fock);
 
   /// Replaces `fock` by sum c_i F_i with c_i >= 0, sum c_i = 1 that minimise the energy to second order about the newest

@@ -133,11 +133,11 @@ TEST(MP2, BatchesCoverAllOrbitalsWithinTheirBudget) {
 TEST(MP2, ChannelsWithoutPairsAreEmpty) {
   const MP2_RESULT_T hydrogen = mp2_of("H 0 0 0\nH 0 0 0.7414\n", "cc-pVDZ", 0);
   EXPECT_LT(hydrogen.energy(), -0.02);
-  EXPECT_EQ(hydrogen.same_spin[0], 0.0);
+  EXPECT_NEAR(hydrogen.same_spin[0], 0.0, 1e-15);
   // One correlated beta orbital, two of alpha: a beta-beta pair would need two.
   const MP2_RESULT_T lithium = mp2_of("Li 0 0 0\n", "cc-pVDZ", 0, {0, 2, true});
   EXPECT_LT(lithium.same_spin[0], 0.0);
-  EXPECT_EQ(lithium.same_spin[1], 0.0);
+  EXPECT_NEAR(lithium.same_spin[1], 0.0, 1e-15);
   EXPECT_LT(lithium.opposite_spin, 0.0);
   // All five functions of a minimal basis are occupied by alpha electrons of nitrogen, and beta has three left.
   const MP2_RESULT_T nitrogen = mp2_of("N 0 0 0\n", "STO-3G", 0, {0, 4, false});

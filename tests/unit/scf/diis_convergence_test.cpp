@@ -23,19 +23,17 @@ MATRIX matrix_of(double a, double b, double c) {
   return m;
 }
 
-TEST(DIIS, FindsTheCombinationWhoseErrorVanishes) {
-  // Errors e1 = (1, 0), e2 = (-3, 0): the weights 3/4 and 1/4 cancel them.
+TEST(DIIS, FindsTheCombinationOfTheShortestError) {
+  // Errors e1 = (1, 0), e2 = (0, 2): the weights 4/5 and 1/5.
   DIIS_T diis(1e10);
   diis.push({matrix_of(1, 0, 2)}, {matrix_of(0, 0, 0)}, {matrix_of(1, 0, 0)});
   SPIN_MATRICES_T fock = {matrix_of(5, 0, 6)};
   EXPECT_FALSE(diis.extrapolate(fock).extrapolated);
   EXPECT_EQ(fock[0](0, 0), 5.0);
-  diis.push(fock, {matrix_of(0, 0, 0)}, {matrix_of(-3, 0, 0)});
-  // Parallel errors make B singular but not the bordered system.
-  const auto outcome = diis.extrapolate(fock);
-  EXPECT_TRUE(outcome.extrapolated);
-  EXPECT_NEAR(fock[0](0, 0), 0.75 * 1 + 0.25 * 5, 1e-12);
-  EXPECT_NEAR(fock[0](1, 1), 0.75 * 2 + 0.25 * 6, 1e-12);
+  diis.push(fock, {matrix_of(0, 0, 0)}, {matrix_of(0, 0, 2)});
+  EXPECT_TRUE(diis.extrapolate(fock).extrapolated);
+  EXPECT_NEAR(fock[0](0, 0), 0.8 * 1 + 0.2 * 5, 1e-12);
+  EXPECT_NEAR(fock[0](1, 1), 0.8 * 2 + 0.2 * 6, 1e-12);
 }
 
 TEST(DIIS, SpinChannelsShareOneSetOfWeights) {
@@ -61,11 +59,26 @@ TEST(DIIS, KeepsEightEntriesAndPrunesAtMostSix) {
   EXPECT_EQ(diis.size(), 2);
   EXPECT_TRUE(outcome.extrapolated);
 
-  DIIS_T two(1.0000001);
-  two.push({matrix_of(1, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(1, 0, 0)});
-  two.push({matrix_of(2, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(2, 0, 0)});
-  EXPECT_EQ(two.extrapolate(fock).pruned, 1);
-  EXPECT_EQ(two.size(), 1);
+  // The squares of two errors at right angles are their eigenvalues: a ratio of 4, which a limit of 4 accepts.
+  for (const double limit : {4.0, 3.99}) {
+    DIIS_T two(limit);
+    two.push({matrix_of(1, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(1, 0, 0)});
+    two.push({matrix_of(2, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(0, 0, 2)});
+    EXPECT_EQ(two.extrapolate(fock).pruned, limit < 4.0 ? 1 : 0);
+  }
+}
+
+TEST(DIIS, ParallelErrorsLeaveTheNewestFockMatrix) {
+  // As in H2, where every error is a multiple of one matrix. With all of them kept the weights are rounding.
+  DIIS_T diis(1e10);
+  for (const double length : {0.57, -0.087, 0.0013}) {
+    diis.push({matrix_of(length, 0, 1)}, {matrix_of(0, 0, 0)}, {matrix_of(length, 0.3 * length, 0)});
+  }
+  SPIN_MATRICES_T fock = {matrix_of(7, 0, 1)};
+  const auto outcome = diis.extrapolate(fock);
+  EXPECT_EQ(outcome.pruned, 2);
+  EXPECT_FALSE(outcome.extrapolated);
+  EXPECT_EQ(fock[0](0, 0), 7.0);
 }
 
 TEST(DIIS, InterpolationFindsTheLowestEnergyBetweenItsEntries) {
