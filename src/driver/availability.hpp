@@ -11,6 +11,9 @@
 
 namespace zentrix {
 
+/// Megabytes that a run's matrices take at least: those of the SCF with its history, for every spin channel.
+double matrices_mb(const MOLECULE_T& molecule);
+
 /// What of the input is not available ("%job gradient", "density functionals (%method B3LYP)", ...); empty when all is.
 std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional);
 

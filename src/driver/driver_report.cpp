@@ -52,12 +52,22 @@ void print_threads(int threads, std::ostream& report) {
   }
 }
 
+void print_fewer_threads(int wanted, int used, std::ostream& report) {
+  fmt::print(report, "   *** WARNING: {} threads were asked for; {} are used.\n", wanted, used);
+}
+
 void print_fatal(const std::string& what, int code, std::ostream& report) {
   fmt::print(report, " *** FATAL: {}, error = {}\n", what, code);
 }
 
 void print_missing(const std::string& feature, std::ostream& report) {
   fmt::print(report, " *** ERROR: Not available in this version: {}.\n", feature);
+}
+
+void print_no_memory(int n_basis, double needed_mb, double machine_mb, std::ostream& report) {
+  fmt::print(report, " *** ERROR: Not enough memory: the matrices of {} basis functions take some {:.0f} MB,\n", n_basis,
+             needed_mb);
+  fmt::print(report, "            this machine has {:.0f} MB.\n", machine_mb);
 }
 
 void print_section_end(const std::string& line, int section, double seconds, std::ostream& report) {

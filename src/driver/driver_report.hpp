@@ -15,10 +15,13 @@ void print_banner(std::ostream& report);
 void print_version(std::ostream& report);
 void print_help(std::ostream& report);
 void print_threads(int threads, std::ostream& report);
+void print_fewer_threads(int wanted, int used, std::ostream& report);
 /// " *** FATAL: <what>, error = <code>".
 void print_fatal(const std::string& what, int code, std::ostream& report);
 /// The line for a request that this version cannot serve.
 void print_missing(const std::string& feature, std::ostream& report);
+/// The line for a molecule whose matrices do not fit into the machine.
+void print_no_memory(int n_basis, double needed_mb, double machine_mb, std::ostream& report);
 /// The lines for a transition-state search on a correlated surface.
 void print_no_ts_with_mp2(std::ostream& report);
 /// The end of a section with a closing line of its own: rule, that line, the time, rule.

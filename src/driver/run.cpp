@@ -4,6 +4,7 @@
 #include <omp.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -27,6 +28,17 @@ namespace {
   _exit(EXIT_STOPPED);
 }
 
+/// More threads than this make no run faster, and a mistyped number of them (1000000) would end in a crash of the threading
+/// library.
+int most_threads() { return std::max(256, 4 * omp_get_num_procs()); }
+
+void set_up_threads(std::ostream& report) {
+  const int wanted = omp_get_max_threads();
+  omp_set_num_threads(std::min(wanted, most_threads()));
+  print_threads(omp_get_max_threads(), report);
+  if (wanted > omp_get_max_threads()) print_fewer_threads(wanted, omp_get_max_threads(), report);
+}
+
 /// Sections in the order of the job's row, the end lines and the timing profile.
 int walk_sections(int argc, char** argv, std::ostream& report) {
   RUN_T run;
@@ -47,7 +59,7 @@ int run_report(int argc, char** argv, std::ostream& report) {
     timer_start(STAGE::total);
     print_banner(report);
     print_timestamp(report);
-    print_threads(omp_get_max_threads(), report);
+    set_up_threads(report);
     return walk_sections(argc, argv, report);
   } catch (...) {
     print_current_exception(report);

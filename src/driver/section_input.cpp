@@ -1,4 +1,5 @@
 #include <fmt/ostream.h>
+#include <unistd.h>
 
 #include "correlation/mp2_report.hpp"
 #include "driver/availability.hpp"
@@ -45,6 +46,16 @@ int refuse_missing(const std::string& feature, std::ostream& report) {
   return 1;
 }
 
+/// Non-zero, after its message, when the matrices do not fit into the machine: the system would end the run without a word.
+int refuse_too_large(const MOLECULE_T& molecule, std::ostream& report) {
+  const double machine =
+      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+  const double needed = matrices_mb(molecule);
+  if (needed <= machine) return 0;
+  print_no_memory(molecule.n_basis, needed, machine, report);
+  return 1;
+}
+
 int set_up_method(RUN_T& run, std::ostream& report) {
   fmt::print(report, "\n Setting up method...\n");
   if (const int error = DFT::set_up_functional(run.input.method_as_written, run.functional, report); error != 0)
@@ -78,7 +89,8 @@ int set_up_molecule(RUN_T& run, std::ostream& report) {
   if (run.functional.name == "MP2" && run.molecule.unrestricted)
     fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
   if (run.functional.is_mp2()) tell_frozen_core(run, report);
-  return refuse_missing(missing_for_molecule(run.molecule), report);
+  if (const int error = refuse_missing(missing_for_molecule(run.molecule), report); error != 0) return error;
+  return refuse_too_large(run.molecule, report);
 }
 
 /// The solvent and the model, and with them the last of what the input can ask for.

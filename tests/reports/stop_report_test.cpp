@@ -39,6 +39,7 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
       {"%job opt\n%method ump2\n", missing("%job opt with %method UMP2")},
       {"%method ump2\n%pump2\n", missing("%pump2")},
       {"%pump2\n", missing("%pump2")},
+      {"%method pbe\n%xc_deriv num\n", missing("%xc_deriv numerical")},
       {"%dispersion d4\n", missing("%dispersion D4")},
       {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
@@ -91,6 +92,17 @@ TEST(StopReport, EcpMoleculesStopAfterTheSummary) {
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(run.says("   ECP centers:                1\n")) << run.report;
   EXPECT_TRUE(run.ends_with(missing("integrals of effective core potentials (1 centers)"))) << run.report;
+}
+
+TEST(StopReport, AbsurdSizesEndWithALine) {
+  std::string many = "%geo\n";
+  for (int i = 0; i < 100000; ++i) many += "He " + std::to_string(i % 300) + " 0 " + std::to_string(i / 300) + "\n";
+  const PROGRAM_RUN_T large = run_program_in_folder(many + "*end\n");
+  EXPECT_EQ(large.status, 1);
+  EXPECT_TRUE(large.says(" *** ERROR: Not enough memory: the matrices of 100000 basis functions take some 2746582 MB,\n"));
+  const PROGRAM_RUN_T threads = run_program_in_folder(water, "OMP_NUM_THREADS=1000000 PROGRAM run.inp");
+  EXPECT_EQ(threads.status, 0);
+  EXPECT_TRUE(threads.says("   *** WARNING: 1000000 threads were asked for; ")) << threads.report;
 }
 
 TEST(StopReport, FatalLines) {
