@@ -60,6 +60,16 @@ int check_scan_use(const INPUT_DATA_T& input, std::ostream& report) {
   return check_scan(input, report);
 }
 
+/// Settings of jobs that follow or analyse a Hessian.
+void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report) {
+  const bool searches = input.job == JOB::ts || input.job == JOB::ts_freq;
+  const bool optimises = input.job == JOB::opt || input.job == JOB::opt_freq;
+  if (!input.read_hess.empty() && !searches && !optimises && input.job != JOB::freq) {
+    fmt::print(report, "   *** WARNING: %read_hess is not used by this job.\n");
+  }
+  if (input.ts_mode > 0 && !searches) fmt::print(report, "   *** WARNING: %ts_mode is not used by this job.\n");
+}
+
 /// "%solvent none" and "%pcm none" switch solvation off as a whole.
 void settle_solvation(INPUT_DATA_T& input, std::ostream& report) {
   if (!input.solvation_off && !input.pcm_off) return;
@@ -110,6 +120,7 @@ int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& re
   if (const int error = check_constraints(input, report); error != 0) return error;
   if (const int error = check_coincident_atoms(input, report); error != 0) return error;
   settle_solvation(input, report);
+  warn_unused_settings(input, report);
   if (input.method == "UMP2") input.unrestricted = true;
   if (input.job == JOB::bsse) return check_fragments(input, report);
   if (!input.fragment_charge.empty() || !input.fragment_multiplicity.empty()) {

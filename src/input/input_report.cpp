@@ -24,9 +24,8 @@ const char* display_name(JOB job) {
   }
 }
 
-bool optimises(JOB job) {
-  return job == JOB::opt || job == JOB::opt_freq || job == JOB::ts || job == JOB::ts_freq || job == JOB::scanopt;
-}
+bool is_transition_state(JOB job) { return job == JOB::ts || job == JOB::ts_freq; }
+bool optimises(JOB job) { return job == JOB::opt || job == JOB::opt_freq || job == JOB::scanopt; }
 
 /// A name for all elements, or one line per element of the molecule with its own name.
 void print_names(const char* label, const INPUT_DATA_T& input, const std::string& global, const std::string& standard,
@@ -87,7 +86,7 @@ void print_geometry(const INPUT_DATA_T& input, std::ostream& report) {
              rule, rule);
   for (const INPUT_ATOM_T& atom : input.atoms) {
     fmt::print(report, "    {:<3s}", element_symbol(atom.z));
-    for (const double x : atom.position) fmt::print(report, "{:13.7f}", without_minus_zero(x / BOHR_PER_ANGSTROM, 7));
+    for (const double x : atom.position) fmt::print(report, " {:12.7f}", without_minus_zero(x / BOHR_PER_ANGSTROM, 7));
     if (atom.fragment > 0) fmt::print(report, "   fragment {}", atom.fragment);
     fmt::print(report, "\n");
   }
@@ -165,8 +164,10 @@ void print_job_summary(const INPUT_DATA_T& input, std::ostream& report) {
     fmt::print(report, "   Angular functions: Cartesian\n");
   }
   print_scf(input, report);
-  if (optimises(input.job)) {
+  if (optimises(input.job) || is_transition_state(input.job)) {
     fmt::print(report, "   Geom max iter:    {}\n", input.geom_maxiter);
+  }
+  if (optimises(input.job)) {  // a transition-state search starts from a computed Hessian
     if (input.initial_hess == MODEL_HESSIAN::full) {
       fmt::print(report, "   Initial Hessian:  full  (coupled Almloef/Lindh model)\n");
     } else {
@@ -178,7 +179,7 @@ void print_job_summary(const INPUT_DATA_T& input, std::ostream& report) {
     fmt::print(report, "\n   Input Z-matrix:\n");
     for (const ZMATRIX_ROW_T& row : input.zmatrix) fmt::print(report, "     {}\n", row.text);
   }
-  if (!input.scan.empty()) print_scan(input, report);
+  if (input.job == JOB::scan || input.job == JOB::scanopt) print_scan(input, report);
   if (!input.constraints.empty()) print_constraints(input, report);
 }
 

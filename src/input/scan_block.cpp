@@ -36,9 +36,9 @@ int print_malformed_constraint(const std::string& line, std::ostream& report) {
 bool set_points(SCAN_VARIABLE_T& variable, double step) {
   const double range = variable.to - variable.from;
   if (range == 0.0) return true;
-  if (step == 0.0) return false;
-  const double steps = std::max(1.0, std::round(std::abs(range / step)));
-  if (!(steps < largest_point_count)) return false;
+  if (step == 0.0 || !std::isfinite(range)) return false;
+  // More steps than a grid may have are refused once all variables are known.
+  const double steps = std::clamp(std::round(std::abs(range / step)), 1.0, static_cast<double>(largest_point_count));
   variable.points = static_cast<int>(steps) + 1;
   variable.step = range / steps;
   return true;

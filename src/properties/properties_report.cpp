@@ -54,7 +54,7 @@ void print_coefficients(const MATRIX& orbitals, const std::vector<std::string>& 
   constexpr Eigen::Index per_block = 6;
   for (Eigen::Index first = 0; first < orbitals.cols(); first += per_block) {
     const Eigen::Index last = std::min(first + per_block, orbitals.cols());
-    fmt::print(report, "   BF               ");
+    fmt::print(report, "   BF              ");
     for (Eigen::Index c = first; c < last; ++c) fmt::print(report, "{:>12s}", "MO" + std::to_string(c + 1));
     fmt::print(report, "\n");
     for (Eigen::Index r = 0; r < orbitals.rows(); ++r) {

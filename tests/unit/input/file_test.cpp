@@ -40,6 +40,8 @@ TEST(InputFile, TextThatIsNotUsedIsQuoted) {
       {"%gz\nHe 1\n*end\n", "   *** WARNING: text after the value is ignored: 1\n"},
       {"method b3lyp\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: line outside any block is ignored: method b3lyp\n"},
       {"%geo\nHe 0 0 0\n*end\n%scan\nR 2 1 2 0.1\n*end\n", "   *** WARNING: the %scan block is not used by this job.\n"},
+      {"%read_hess a.hess\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %read_hess is not used by this job.\n"},
+      {"%job freq\n%ts_mode 2\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %ts_mode is not used by this job.\n"},
   };
   for (const auto& [text, warning] : cases) {
     const auto result = parse(text);

@@ -58,6 +58,11 @@ TEST(JobSummary, SettingsShowInTheirLines) {
   };
   for (const auto& [lines, text] : cases) EXPECT_THAT(summary(parse(lines + "\n" + helium).input), HasSubstr(text)) << lines;
   EXPECT_THAT(summary(parse("%job freq\n" + helium).input), Not(HasSubstr("Geom max iter")));
+  EXPECT_THAT(summary(parse("%job ts\n" + helium).input), Not(HasSubstr("Initial Hessian")));  // it is computed
+  EXPECT_THAT(summary(parse(peroxide + "%scan\nR 2 1 2 0.1\n*end\n").input), Not(HasSubstr("PES scan")));
+  // Columns stay apart whatever the coordinates are.
+  EXPECT_THAT(summary(parse("%geo\nHe -1500.25 20000 0\n*end\n").input),
+              HasSubstr("    He  -1500.2500000 20000.0000000    0.0000000\n"));
 }
 
 TEST(JobSummary, ZmatrixAndScanGrid) {
