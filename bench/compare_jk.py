@@ -29,9 +29,14 @@ CASES = {
 }
 
 
+def shell_order(mol):
+    """Shells in the order of our basis files, in which an s and a p shell of common exponents follow each other."""
+    return sorted(range(mol.nbas), key=lambda b: (mol.bas_atom(b), mol.bas_angular(b) > 1, -mol.bas_exp(b).max(), mol.bas_angular(b)))
+
+
 def shells(mol):
     """Shells in the convention of SHELL_T: coefficients of bare primitives, x^l with self-overlap 1."""
-    for b in range(mol.nbas):
+    for b in shell_order(mol):
         l, alpha, contractions = mol.bas_angular(b), mol.bas_exp(b), mol.bas_ctr_coeff(b)
         odd = math.prod(range(1, 2 * l, 2))
 
@@ -56,14 +61,14 @@ def write_case(path, mol, density):
     density.tofile(path + ".density")
 
 
-def spherical_order(mol, numpy):
-    """Positions of PySCF's functions in the order m = -l .. l (p functions are x, y, z there)."""
+def function_order(mol, numpy):
+    """Positions of PySCF's functions in our order: shells by shell_order, m = -l .. l (p functions are x, y, z there)."""
     order = []
-    for b in range(mol.nbas):
-        l = mol.bas_angular(b)
+    for b in shell_order(mol):
+        l, at = mol.bas_angular(b), mol.ao_loc_nr()[b]
         for _ in range(mol.bas_nctr(b)):
-            at = len(order)
-            order += [at + 1, at + 2, at] if l == 1 and not mol.cart else range(at, at + (len_of(l, mol.cart)))
+            order += [at + 1, at + 2, at] if l == 1 and not mol.cart else range(at, at + len_of(l, mol.cart))
+            at += len_of(l, mol.cart)
     return numpy.array(order)
 
 
@@ -81,17 +86,18 @@ def run_case(name, arguments):
     density = scf.RHF(mol).get_init_guess(key="minao")
     overlap = mol.intor("int1e_ovlp")
     norm = numpy.sqrt(numpy.diag(overlap))
-    order = spherical_order(mol, numpy)
+    order = function_order(mol, numpy)
     to_ours = lambda m, power: (m * numpy.outer(norm**power, norm**power))[numpy.ix_(order, order)]
 
     mf = scf.RHF(mol)
     mf.direct_scf_tol = 1e-11
     mf.opt = mf.init_direct_scf(mol)
+    clock = time.process_time if arguments.processor_time else time.perf_counter
     peer_times = []
     for _ in range(arguments.repeat):
-        start = time.perf_counter()
+        start = clock()
         j, k = scf.hf.get_jk(mol, density, hermi=1, vhfopt=mf.opt[None] if isinstance(mf.opt, dict) else mf.opt)
-        peer_times.append(time.perf_counter() - start)
+        peer_times.append(clock() - start)
     peer_j_times = []
     for _ in range(arguments.repeat if arguments.peer_j else 0):
         start = time.perf_counter()
@@ -102,6 +108,8 @@ def run_case(name, arguments):
         path = arguments.keep or os.path.join(folder, "case")
         write_case(path, mol, numpy.ascontiguousarray(to_ours(density, 1)))
         environment = dict(os.environ, OMP_NUM_THREADS=str(arguments.threads))
+        if arguments.processor_time:
+            environment["ZENTRIX_PROCESSOR_TIME"] = "1"
         program = os.path.join(arguments.build, "bench", "jk_from_file")
         text = subprocess.run([program, path, str(max(3, arguments.repeat))], env=environment, check=True, capture_output=True,
                               text=True).stdout
@@ -126,6 +134,7 @@ def main():
     parser.add_argument("--threads", type=int, default=1)
     parser.add_argument("--repeat", type=int, default=1)
     parser.add_argument("--peer-j", action="store_true", help="time the peer's J without K too")
+    parser.add_argument("--processor-time", action="store_true", help="instead of elapsed time (one thread, busy machine)")
     parser.add_argument("--keep", metavar="PATH", help="leave the case's files at PATH, for jk_from_file")
     arguments = parser.parse_args()
     for name in arguments.case:

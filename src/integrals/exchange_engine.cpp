@@ -3,6 +3,7 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "integrals/scalar_quartet.hpp"
 
@@ -91,9 +92,7 @@ class DIRECT_BUILD {
   }
 
   void digest_vectors(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, const PAIR_LIST_T& kets) const {
-    const int ket_class = kernels::pair_class(kets.la, kets.lb);
-    const auto front = kernels_.table->front[kernels::pair_class(list.la, list.lb)][ket_class];
-    const auto digest = kernels_.table->digest_rows[ket_class];
+    const auto [front, digest] = kernels_of(list, kets);
     kernels::DIGEST_T target;
     target.na = list.na();
     target.nb = list.nb();
@@ -108,6 +107,16 @@ class DIRECT_BUILD {
         digest(batch, target, thread.work.scratch.data(), thread.work.rows.data());
       }
     }
+  }
+
+  std::pair<kernels::FRONT, kernels::DIGEST_ROWS> kernels_of(const PAIR_LIST_T& bras, const PAIR_LIST_T& kets) const {
+    const kernels::QUARTET_KERNELS_T& table = *kernels_.table;
+    if (!data_.weights.empty()) {
+      const int ket_class = kernels::merged_class(kets.la, kets.lb);
+      return {table.merged_front[kernels::merged_class(bras.la, bras.lb)][ket_class], table.merged_digest[ket_class]};
+    }
+    const int ket_class = kernels::pair_class(kets.la, kets.lb);
+    return {table.front[kernels::pair_class(bras.la, bras.lb)][ket_class], table.digest_rows[ket_class]};
   }
 
   void digest_scalars(THREAD_T& thread, const SHELL_PAIR_T& bra) const {

@@ -28,6 +28,7 @@ struct JK_BUILDER::IMPLEMENTATION {
   MOLECULE_T functions;  ///< shells alone
   KERNEL_CHOICE_T kernels;
   SHELL_PAIRS_T pairs;
+  SHELL_PAIRS_T merged_pairs;  ///< for direct exchange; without lists when there is nothing to merge
   COULOMB_ENGINE coulomb;
   std::unique_ptr<ERI_STORE_T> store;
 
@@ -35,6 +36,7 @@ struct JK_BUILDER::IMPLEMENTATION {
       : functions(without_atoms(molecule)),
         kernels(choose_kernels(kernels::chosen_isa())),
         pairs(make_shell_pairs(molecule, *kernels.table, kernels.lanes)),
+        merged_pairs(merge_shells(pairs)),
         coulomb(molecule) {}
 
   std::vector<MATRIX> cartesian(std::span<const MATRIX> densities) const {
@@ -81,7 +83,8 @@ JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MAT
     std::vector<const MATRIX*> pointers;
     pointers.reserve(k_densities.size());
     for (const MATRIX& density : k_densities) pointers.push_back(&density);
-    result.k = exchange_direct(engine.pairs, engine.kernels, pointers, threshold);
+    const SHELL_PAIRS_T& pairs = engine.merged_pairs.lists.empty() ? engine.pairs : engine.merged_pairs;
+    result.k = exchange_direct(pairs, engine.kernels, pointers, threshold);
   }
   for (MATRIX& matrix : result.j) matrix = to_functions(engine.functions, matrix);
   for (MATRIX& matrix : result.k) matrix = to_functions(engine.functions, matrix);

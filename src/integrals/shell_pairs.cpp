@@ -8,7 +8,7 @@
 #include <map>
 #include <numbers>
 #include <numeric>
-#include <tuple>
+#include <utility>
 
 #include "integrals/schwarz.hpp"
 #include "molecule/cartesian.hpp"
@@ -44,14 +44,10 @@ int primitive_bucket(int n) {
   return bucket;
 }
 
-struct CANDIDATE_T {
-  SHELL_PAIR_T pair;
-  long first_primitive = 0;
-};
-
 /// All pairs that are not far apart, primitives appended to the molecule's array.
-std::vector<CANDIDATE_T> candidate_pairs(SHELL_PAIRS_T& data) {
-  std::vector<CANDIDATE_T> candidates;
+std::vector<SHELL_PAIR_T> candidate_pairs(SHELL_PAIRS_T& data) {
+  std::vector<SHELL_PAIR_T> candidates;
+  std::vector<std::size_t> first_primitive;
   for (int s = 0; s < data.n_shells(); ++s)
     for (int t = 0; t <= s; ++t) {
       const bool swap = data.shells[t].l > data.shells[s].l;
@@ -59,9 +55,8 @@ std::vector<CANDIDATE_T> candidate_pairs(SHELL_PAIRS_T& data) {
       const SHELL_T &a = data.shells[i], &b = data.shells[j];
       if (far_apart(a, b, distance_squared(data.centers[i], data.centers[j]))) continue;
       const auto primitives = primitive_pairs(a, data.centers[i], b, data.centers[j]);
-      CANDIDATE_T candidate;
-      candidate.first_primitive = static_cast<long>(data.primitives.size());
-      SHELL_PAIR_T& pair = candidate.pair;
+      first_primitive.push_back(data.primitives.size());
+      SHELL_PAIR_T pair;
       pair.n_primitives = static_cast<int>(primitives.pairs.size());
       pair.shell_i = i;
       pair.shell_j = j;
@@ -72,11 +67,11 @@ std::vector<CANDIDATE_T> candidate_pairs(SHELL_PAIRS_T& data) {
       data.primitives.insert(data.primitives.end(), primitives.pairs.begin(), primitives.pairs.end());
       data.second.insert(data.second.end(), primitives.second.begin(), primitives.second.end());
       data.max_primitives = std::max(data.max_primitives, pair.n_primitives);
-      candidates.push_back(candidate);
+      candidates.push_back(pair);
     }
-  for (CANDIDATE_T& candidate : candidates) {
-    candidate.pair.primitives = data.primitives.data() + candidate.first_primitive;
-    candidate.pair.second = data.second.data() + candidate.first_primitive;
+  for (std::size_t n = 0; n < candidates.size(); ++n) {
+    candidates[n].primitives = data.primitives.data() + first_primitive[n];
+    candidates[n].second = data.second.data() + first_primitive[n];
   }
   return candidates;
 }
@@ -88,19 +83,20 @@ void trim_primitives(SHELL_PAIR_T& pair, double largest_prefactor) {
     --pair.n_primitives;
 }
 
-void fill_lists(SHELL_PAIRS_T& data, std::vector<CANDIDATE_T>& candidates) {
+}  // namespace
+
+void fill_lists(SHELL_PAIRS_T& data, std::vector<SHELL_PAIR_T>& candidates) {
   double largest_bound = 0.0, largest_prefactor = 0.0;
-  for (const CANDIDATE_T& c : candidates) {
-    largest_bound = std::max(largest_bound, c.pair.bound);
-    largest_prefactor = std::max(largest_prefactor, std::abs(c.pair.primitives[0].prefactor));
+  for (const SHELL_PAIR_T& pair : candidates) {
+    largest_bound = std::max(largest_bound, pair.bound);
+    largest_prefactor = std::max(largest_prefactor, std::abs(pair.primitives[0].prefactor));
   }
-  std::map<std::tuple<int, int, int>, PAIR_LIST_T> lists;  // by rank: total angular momentum, larger one, bucket
-  for (CANDIDATE_T& c : candidates) {
-    SHELL_PAIR_T& pair = c.pair;
+  std::map<std::pair<int, int>, PAIR_LIST_T> lists;  // by rank and bucket
+  for (SHELL_PAIR_T& pair : candidates) {
     if (pair.bound * largest_bound < PAIR_CUTOFF) continue;
     trim_primitives(pair, largest_prefactor);
     const int la = data.shells[pair.shell_i].l, lb = data.shells[pair.shell_j].l;
-    PAIR_LIST_T& list = lists[{la + lb, la, primitive_bucket(pair.n_primitives)}];
+    PAIR_LIST_T& list = lists[{kernels::pair_rank(la, lb), primitive_bucket(pair.n_primitives)}];
     list.la = la;
     list.lb = lb;
     list.pairs.push_back(pair);
@@ -116,11 +112,10 @@ void fill_lists(SHELL_PAIRS_T& data, std::vector<CANDIDATE_T>& candidates) {
   }
 }
 
-}  // namespace
-
 const std::vector<double>& component_norms(int l) {
   static const auto all = [] {
-    std::array<std::vector<double>, LMAX + 1> norms;
+    std::array<std::vector<double>, kernels::SP_SHELL + 1> norms;
+    norms[kernels::SP_SHELL].assign(4, 1.0);
     for (int n = 0; n <= LMAX; ++n) {
       const MATRIX& functions = shell_functions(n, false);
       for (int k = 0; k < n_cartesian(n); ++k) norms[static_cast<std::size_t>(n)].push_back(functions(k, k));
@@ -173,13 +168,12 @@ SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTE
     data.centers.push_back(molecule.atoms[static_cast<std::size_t>(shell.atom)].position);
     if (shell.l <= kernels::KERNEL_LMAX) data.max_l = std::max(data.max_l, shell.l);
   }
-  std::vector<CANDIDATE_T> candidates = candidate_pairs(data);
+  std::vector<SHELL_PAIR_T> candidates = candidate_pairs(data);
 
   data.schwarz = MATRIX::Zero(data.n_shells(), data.n_shells());
   SCHWARZ_WORK work(data, kernels, lanes);
 #pragma omp parallel for schedule(dynamic, 16)
-  for (CANDIDATE_T& candidate : candidates) {
-    SHELL_PAIR_T& pair = candidate.pair;
+  for (SHELL_PAIR_T& pair : candidates) {
     pair.bound = work.bound(omp_get_thread_num(), pair);
     data.schwarz(pair.shell_i, pair.shell_j) = data.schwarz(pair.shell_j, pair.shell_i) = pair.bound;
   }

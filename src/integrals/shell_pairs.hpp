@@ -19,14 +19,14 @@ using kernels::SHELL_PAIR_T;
 
 /// Pairs of equal angular momenta and similar numbers of primitives, largest Schwarz bound first.
 struct PAIR_LIST_T {
-  int la = 0, lb = 0;
+  int la = 0, lb = 0;  ///< or SP_SHELL for a merged shell
   std::vector<SHELL_PAIR_T> pairs;
 
-  int na() const { return n_cartesian(la); }
-  int nb() const { return n_cartesian(lb); }
+  int na() const { return kernels::function_count(la); }
+  int nb() const { return kernels::function_count(lb); }
   int block_size() const { return na() * nb(); }
   /// True when the vector kernels have this class (the scalar reference serves the others).
-  bool vectorised() const { return la <= kernels::KERNEL_LMAX; }
+  bool vectorised() const { return la <= kernels::KERNEL_LMAX || la == kernels::SP_SHELL; }
 };
 
 /// Everything the exchange engine and the store know of a molecule.
@@ -35,8 +35,9 @@ struct SHELL_PAIRS_T {
   /// list the bra never precedes the ket.
   std::vector<PAIR_LIST_T> lists;
   std::vector<PRIMITIVE_PAIR_T> primitives;
-  std::vector<double> second;  ///< exponents of the second shells, in the order of the primitives
-  std::vector<SHELL_T> shells;
+  std::vector<double> second;                  ///< exponents of the second shells, in the order of the primitives
+  std::vector<double> weights;                 ///< of merged pairs, four for every primitive pair
+  std::vector<SHELL_T> shells;                 ///< a merged shell stands as its s shell with l = SP_SHELL
   std::vector<std::array<double, 3>> centers;  ///< of the shells, bohr
   std::vector<int> first;                      ///< first bare Cartesian component of every shell, and their number
   MATRIX schwarz;                              ///< Q of all shell pairs
@@ -59,6 +60,13 @@ PRIMITIVE_PAIRS_T primitive_pairs(const SHELL_T& a, const std::array<double, 3>&
 /// Pairs, bounds and lists. Stops the run when a shell is not sound. Pairs are dropped when even their product with the
 /// largest bound is below any threshold in use.
 SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTET_KERNELS_T& kernels, int lanes);
+
+/// Sorts pairs with bounds into the lists of the data, leaving out what never matters.
+void fill_lists(SHELL_PAIRS_T& data, std::vector<SHELL_PAIR_T>& candidates);
+
+/// The same pairs with s and p shells of common exponents merged, for the kernels of merged classes. No lists when there is
+/// nothing to merge, or shells beyond d, for which there are no such kernels. Keeps pointers into `plain`.
+SHELL_PAIRS_T merge_shells(const SHELL_PAIRS_T& plain);
 
 /// Norm of every component relative to x^l: bare component times norm is a function of self-overlap 1.
 const std::vector<double>& component_norms(int l);

@@ -31,12 +31,12 @@ ALIGNED_DOUBLES::ALIGNED_DOUBLES(std::size_t n) : size_(n) {
 }
 
 std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
-  // Front: contracted [e|f], one buffer of the recursion per ket level (planes m over all e), transposed ket primitives
-  // and their Boys values.
+  // Front: contracted [e|f], one buffer of the recursion per ket level (planes m over all e), transposed ket primitives,
+  // their Boys values and the factors of merged shells.
   const auto top = static_cast<std::size_t>(2 * l);
   const std::size_t contracted = components(0, 2 * l) * components(0, 2 * l);
   const std::size_t work = components(0, 2 * l) * (2 * top + 1 + top * (top + 1) / 2);
-  const std::size_t kets = (9 + 2 * top + 2) * static_cast<std::size_t>(max_primitives);
+  const std::size_t kets = (9 + 2 * top + 2 + 4) * static_cast<std::size_t>(max_primitives) + 4;
   // Back: densities and sums [c][a, b] and [d][a, b], rounded up to whole transposed blocks, and two blocks [c][d].
   const auto n = static_cast<std::size_t>(n_cartesian(l));
   const std::size_t back = 4 * (2 * n * n + 8) + 2 * (n * n + 8);

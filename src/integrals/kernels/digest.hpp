@@ -79,10 +79,10 @@ struct STORED_ROW {
 
 template <int LC, int LD, template <int, int> class ROW, bool EXCHANGE, bool COULOMB>
 struct BACK_OF_CLASS {
-  static constexpr int NC = component_count(LC), ND = component_count(LD);
+  static constexpr int NC = function_count(LC), ND = function_count(LD);
   /// Components d handled together: their densities and sums stay in registers.
   static constexpr int D_BLOCK = ND <= 6 ? ND : 5;
-  static constexpr bool UNROLL_C = LC <= 2;
+  static constexpr bool UNROLL_C = highest_l(LC) <= 2;
 
   /// Lane-transposed density blocks and sums of the kets, [c][a.., b..] and [d][a.., b..].
   struct PANELS_T {

@@ -106,8 +106,8 @@ __attribute__((noinline)) void evaluate_radial(const PRIMITIVE_PAIR_T& bra, cons
 /// body(number of the bra primitive, number of the ket primitive, ket primitive, radial part) for every primitive quartet
 /// whose product of prefactors reaches the batch's cut-off. `scratch` takes the transposed ket primitives and their Boys
 /// values.
-template <int L, class BODY>
-ZX_INLINE void for_each_primitive(const BATCH_T& batch, const BOYS_SERVICE_T& boys, vec* scratch, BODY&& body) {
+template <int L, class BODY, class END>
+ZX_INLINE void for_each_primitive(const BATCH_T& batch, const BOYS_SERVICE_T& boys, vec* scratch, BODY&& body, END&& end) {
   const SHELL_PAIR_T& bra = *batch.bra;
   const int n_ket = ket_primitives(batch);
   KET_PRIMITIVE_T* kets = reinterpret_cast<KET_PRIMITIVE_T*>(scratch);
@@ -120,7 +120,13 @@ ZX_INLINE void for_each_primitive(const BATCH_T& batch, const BOYS_SERVICE_T& bo
     while (used < loaded && size * kets[used].largest_prefactor >= batch.primitive_cutoff) ++used;
     evaluate_radial<L>(bra.primitives[b], kets, used, boys, radial);
     for (int k = 0; k < used; ++k) body(b, k, kets[k], radial[k]);
+    if (used > 0) end(b);
   }
+}
+
+template <int L, class BODY>
+ZX_INLINE void for_each_primitive(const BATCH_T& batch, const BOYS_SERVICE_T& boys, vec* scratch, BODY&& body) {
+  for_each_primitive<L>(batch, boys, scratch, body, [](int) __attribute__((always_inline)){});
 }
 
 }  // namespace zentrix::kernels::ZX_ISA

@@ -21,6 +21,9 @@ void fill_fronts_gf(FRONT* row);
 void fill_fronts_gg(FRONT* row);
 void fill_row_backs(QUARTET_KERNELS_T& kernels);
 void fill_block_backs(QUARTET_KERNELS_T& kernels);
+void fill_merged_fronts(QUARTET_KERNELS_T& kernels);
+void fill_merged_fronts_d(QUARTET_KERNELS_T& kernels);
+void fill_merged_backs(QUARTET_KERNELS_T& kernels);
 
 namespace {
 
@@ -33,6 +36,9 @@ QUARTET_KERNELS_T make_kernels() {
   for (int bra = 0; bra < KERNEL_PAIR_CLASSES; ++bra) fill[bra](kernels.front[bra]);
   fill_row_backs(kernels);
   fill_block_backs(kernels);
+  fill_merged_fronts(kernels);
+  fill_merged_fronts_d(kernels);
+  fill_merged_backs(kernels);
   return kernels;
 }
 

@@ -40,7 +40,9 @@ using FRONT = void (*)(const BATCH_T& batch, const BOYS_SERVICE_T& boys, double*
 /// Number of vectors between rows of a ket class.
 constexpr int row_stride(int lc, int ld) {
   int n = 0;
-  for (int l = lc; l <= lc + ld; ++l) n += (l + 1) * (l + 2) / 2;
+  for (int c = 0; c < shells_in(lc); ++c)
+    for (int d = 0; d < shells_in(ld); ++d)
+      for (int l = l_of(lc, c); l <= l_of(lc, c) + l_of(ld, d); ++l) n += (l + 1) * (l + 2) / 2;
   return n | 1;  // odd: rows spread over all cache sets
 }
 /// Digests the rows of a batch into the exchange panel.
@@ -57,6 +59,9 @@ struct QUARTET_KERNELS_T {
   DIGEST_BLOCK digest_block[KERNEL_PAIR_CLASSES];          ///< exchange
   DIGEST_BLOCK digest_block_coulomb[KERNEL_PAIR_CLASSES];  ///< Coulomb
   DIGEST_BLOCK digest_block_both[KERNEL_PAIR_CLASSES];     ///< both in one pass
+  // With merged shells: [merged_class of the bra][of the ket], null where the ket ranks higher.
+  FRONT merged_front[MERGED_PAIR_CLASSES][MERGED_PAIR_CLASSES];
+  DIGEST_ROWS merged_digest[MERGED_PAIR_CLASSES];
 };
 
 }  // namespace zentrix::kernels

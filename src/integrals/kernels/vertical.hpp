@@ -74,9 +74,9 @@ template <int F>
 inline constexpr TREE_T<F> TREE = make_tree<F>();
 
 /// One ket step: out = [e|f]^m, m < planes, for the levels LOW .. E of e, from the buffers of its parent and its parent's
-/// parent. A leaf is added to `out` instead, the column of the contracted sums, which starts at level LOW. TOP below E
-/// leaves out the highest levels.
-template <int E, int DIRECTION, bool SECOND, int LOW, bool LEAF, int TOP = E>
+/// parent. A leaf goes to the column of the contracted sums instead, which starts at level LOW; it is added there unless ADD
+/// is off. TOP below E leaves out the highest levels.
+template <int E, int DIRECTION, bool SECOND, int LOW, bool LEAF, int TOP = E, bool ADD = true>
 struct KET_STEP {
   static constexpr int NE = level_offset(E + 1), E0 = level_offset(LOW), END = level_offset(TOP + 1);
 
@@ -93,10 +93,10 @@ struct KET_STEP {
         vec v = qc * parent[n] + wq * parent[NE + n];
         if (power > 0) v += k.half_pq[power] * parent[NE + below];
         if constexpr (SECOND) v += second * grand[n] - second_rho * grand[NE + n];
-        if constexpr (LEAF)
+        if constexpr (LEAF && ADD)
           out[n - E0] += v;
         else
-          out[n] = v;
+          out[LEAF ? n - E0 : n] = v;
       };
       if constexpr (unroll_components(E))
         unroll<E0, END>([&](auto index) __attribute__((always_inline)) {
@@ -116,7 +116,8 @@ struct KET_STEP {
   }
 };
 
-template <int EMIN, int E, int FMIN, int F>
+/// The whole recursion. ADD off: what the contracted sums held before is replaced.
+template <int EMIN, int E, int FMIN, int F, bool ADD = true>
 struct VERTICAL {
   static constexpr int NE = level_offset(E + 1);
   static constexpr int E0 = level_offset(EMIN);
@@ -165,6 +166,10 @@ struct VERTICAL {
     }
   }
 
+  static ZX_INLINE void contract(const vec* fresh, vec* column) {
+    for (int n = 0; n < NC; ++n) column[n] = ADD ? column[n] + fresh[n] : fresh[n];
+  }
+
   /// The step of a tree node, with the addition to the contracted sums.
   template <int K>
   static ZX_INLINE void visit(const FACTORS& k, vec* work, vec* contracted) {
@@ -175,21 +180,19 @@ struct VERTICAL {
     const vec* grand = level > 1 ? work + buffer(level > 1 ? level - 2 : 0) : parent;
     vec* column = contracted + (node.component - F0) * NC;
     if constexpr (leaf) {
-      KET_STEP<E, node.direction, (node.parent_power > 0), EMIN, true>::inlined(k, column, parent, grand, 1,
-                                                                                node.parent_power);
+      KET_STEP<E, node.direction, (node.parent_power > 0), EMIN, true, E, ADD>::inlined(k, column, parent, grand, 1,
+                                                                                        node.parent_power);
     } else {
       vec* out = work + buffer(level);
       KET_STEP<E, node.direction, (node.parent_power > 0), lowest(level), false>::inlined(k, out, parent, grand,
                                                                                           F - level + 1, node.parent_power);
-      if constexpr (level >= FMIN)
-        for (int n = 0; n < NC; ++n) column[n] += out[E0 + n];
+      if constexpr (level >= FMIN) contract(out + E0, column);
     }
   }
   /// Adds one primitive quartet per lane; work[m * NE] holds the scaled Boys values.
   static ZX_INLINE void run(const FACTORS& k, vec* work, vec* contracted) {
     build_bra(k, work);
-    if constexpr (FMIN == 0)
-      for (int n = 0; n < NC; ++n) contracted[n] += work[E0 + n];
+    if constexpr (FMIN == 0) contract(work + E0, contracted);
     if constexpr (F > 0) {
       if constexpr (unroll_tree(E, F))
         unroll<0, TREE<F>.SIZE>([&](auto index)
@@ -213,8 +216,7 @@ struct VERTICAL {
       }
       vec* out = work + LAYOUT.buffer[node.level];
       step(k, out, parent, grand, F - node.level + 1, node.parent_power);
-      if (node.level >= FMIN)
-        for (int n = 0; n < NC; ++n) column[n] += out[E0 + n];
+      if (node.level >= FMIN) contract(out + E0, column);
     }
   }
 
@@ -225,7 +227,7 @@ struct VERTICAL {
   template <int LEVEL, int DIRECTION, bool SECOND>
   static constexpr STEP step_of() {
     if constexpr (LEVEL == F)
-      return KET_STEP<E, DIRECTION, SECOND, EMIN, true>::shared;
+      return KET_STEP<E, DIRECTION, SECOND, EMIN, true, E, ADD>::shared;
     else
       return KET_STEP<E, DIRECTION, SECOND, lowest(LEVEL), false>::shared;
   }

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
+#include "integrals/exchange_engine.hpp"
 #include "integrals/integrals_2e.hpp"
 #include "molecule/cartesian.hpp"
+#include "support/molecules.hpp"
 #include "two_electron_samples.hpp"
 
 using namespace zentrix;
@@ -65,6 +67,20 @@ void check_builds(const MOLECULE_T& m, const std::string& what) {
   }
 }
 
+/// Merged s and p shells beside single s, p and d shells, so that every merged class occurs; weights of both signs.
+MOLECULE_T merged_molecule() {
+  MOLECULE_T m;
+  m.atoms = {samples::atom(0.0, 0.1, -0.2), samples::atom(1.3, -0.7, 0.4), samples::atom(0.5, 1.2, 0.9)};
+  m.shells = {samples::shell(0, 0, {9.1, 2.3, 0.7}, {-0.2, 0.3, 0.8}),
+              samples::shell(0, 1, {9.1, 2.3, 0.7}, {0.2, 0.4, 0.6}),
+              samples::shell(1, 0, {0.2}, {1.0}),
+              samples::shell(1, 1, {0.2}, {1.0}),
+              samples::shell(1, 2, {1.1}, {1.0}),
+              samples::shell(2, 0, {5.0, 0.9}, {0.3, 0.8}),
+              samples::shell(2, 1, {1.9, 0.4}, {0.4, 0.7})};
+  return samples::finish(std::move(m), false);
+}
+
 /// A hydrocarbon-like zigzag chain with s, p and d shells: long enough for screening to matter.
 MOLECULE_T chain(int n_atoms) {
   MOLECULE_T m;
@@ -97,7 +113,42 @@ TEST(EXCHANGE, DIRECT_AND_STORED_BUILDS_AGREE_WITH_BRUTE_FORCE_IN_EVERY_INSTRUCT
     const samples::ISA_GUARD guard(isa);
     check_builds(samples::mixed_molecule(4, false), std::string(kernels::isa_name(isa)) + " Cartesian");
     check_builds(samples::mixed_molecule(4, true), std::string(kernels::isa_name(isa)) + " spherical");
+    check_builds(merged_molecule(), std::string(kernels::isa_name(isa)) + " merged shells");
   }
+}
+
+// Merged s and p shells against the same build shell by shell, in basis sets that mix them with plain ones in other ways.
+TEST(EXCHANGE, MERGED_SHELLS_GIVE_THE_SAME_EXCHANGE) {
+  for (const char* basis : {"STO-3G", "3-21G", "6-31G*", "6-31+G*", "6-311G**"}) {
+    const MOLECULE_T m = TESTS::sample_molecule(TESTS::formaldehyde, basis);
+    const MATRIX p = samples::random_symmetric(m.n_cartesian, 3), q = samples::random_symmetric(m.n_cartesian, 4);
+    for (kernels::ISA isa : samples::available_isas()) {
+      const KERNEL_CHOICE_T kernels = choose_kernels(isa);
+      const SHELL_PAIRS_T plain = make_shell_pairs(m, *kernels.table, kernels.lanes), merged = merge_shells(plain);
+      ASSERT_LT(merged.n_shells(), plain.n_shells()) << basis;
+      const auto got = exchange_direct(merged, kernels, {&p, &q}, 1e-14),
+                 want = exchange_direct(plain, kernels, {&p, &q}, 1e-14);
+      for (std::size_t spin : {0U, 1U})
+        expect_near(got[spin], want[spin], 1e-11, std::string(basis) + ' ' + kernels::isa_name(isa));
+    }
+  }
+}
+
+// An s and a p shell are one only when they follow each other on one atom with the same exponents.
+TEST(EXCHANGE, ONLY_SHELLS_OF_ONE_ATOM_AND_EQUAL_EXPONENTS_ARE_MERGED) {
+  const auto merged_shells = [](std::vector<SHELL_T> shells) {
+    MOLECULE_T m;
+    m.atoms = {samples::atom(0.0, 0.0, 0.0), samples::atom(0.0, 0.0, 0.0)};
+    m.shells = std::move(shells);
+    const KERNEL_CHOICE_T kernels = choose_kernels(kernels::chosen_isa());
+    return merge_shells(make_shell_pairs(samples::finish(std::move(m), false), *kernels.table, kernels.lanes)).n_shells();
+  };
+  const SHELL_T s = samples::shell(0, 0, {2.0, 0.3}, {0.4, 0.7}), p = samples::shell(0, 1, {2.0, 0.3}, {0.2, 0.9});
+  EXPECT_EQ(merged_shells({s, p, s}), 2);
+  EXPECT_EQ(merged_shells({p, s}), 0);
+  EXPECT_EQ(merged_shells({s, samples::shell(1, 1, {2.0, 0.3}, {0.2, 0.9})}), 0);
+  EXPECT_EQ(merged_shells({s, samples::shell(0, 1, {2.0, 0.31}, {0.2, 0.9})}), 0);
+  EXPECT_EQ(merged_shells({s, p, samples::shell(0, 3, {1.0}, {1.0})}), 0) << "no kernels of f and merged shells";
 }
 
 TEST(EXCHANGE, H_SHELLS_GO_THROUGH_THE_SCALAR_KERNEL_WITH_THE_SAME_RESULT) {
