@@ -39,7 +39,7 @@ struct MERGED_ROW {
 
 template <int CLASS = 0>
 void fill(QUARTET_KERNELS_T& kernels) {
-  constexpr KINDS_T kinds = MERGED_KINDS[CLASS];
+  constexpr KINDS_T kinds = merged_kinds(CLASS);
   if constexpr (kinds.first == SP_SHELL || kinds.second == SP_SHELL)
     kernels.merged_digest[CLASS] = BACK_OF_CLASS<kinds.first, kinds.second, MERGED_ROW, true, false>::run;
   else

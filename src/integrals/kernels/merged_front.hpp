@@ -160,7 +160,7 @@ template <int KA, int KB>
 struct MERGED_FRONTS_OF_BRA {
   template <int CLASS = 0>
   static void fill(FRONT* row) {
-    constexpr KINDS_T ket = MERGED_KINDS[CLASS];
+    constexpr KINDS_T ket = merged_kinds(CLASS);
     constexpr bool merged = KA == SP_SHELL || KB == SP_SHELL || ket.first == SP_SHELL || ket.second == SP_SHELL;
     if constexpr (merged && pair_rank(KA, KB) >= pair_rank(ket.first, ket.second))
       row[CLASS] = FRONT_OF_MERGED_CLASS<KA, KB, ket.first, ket.second>::run;

@@ -4,9 +4,9 @@ namespace zentrix::kernels::ZX_ISA {
 
 void fill_merged_fronts(QUARTET_KERNELS_T& kernels) {
   for (int bra = 0; bra < MERGED_PAIR_CLASSES; ++bra) {
-    const KINDS_T b = MERGED_KINDS[bra];
+    const KINDS_T b = merged_kinds(bra);
     for (int ket = 0; ket < MERGED_PAIR_CLASSES; ++ket) {
-      const KINDS_T k = MERGED_KINDS[ket];
+      const KINDS_T k = merged_kinds(ket);
       const bool plain = b.first != SP_SHELL && b.second != SP_SHELL && k.first != SP_SHELL && k.second != SP_SHELL;
       if (plain)
         kernels.merged_front[bra][ket] = kernels.front[pair_class(b.first, b.second)][pair_class(k.first, k.second)];

@@ -57,11 +57,14 @@ inline constexpr int MERGED_PAIR_CLASSES = 10;
 struct KINDS_T {
   int first, second;
 };
-inline constexpr KINDS_T MERGED_KINDS[MERGED_PAIR_CLASSES] = {
-    {0, 0}, {1, 0}, {1, 1}, {2, 0}, {2, 1}, {2, 2}, {SP_SHELL, 0}, {1, SP_SHELL}, {SP_SHELL, SP_SHELL}, {2, SP_SHELL}};
+constexpr KINDS_T merged_kinds(int merged_class) {
+  constexpr KINDS_T kinds[MERGED_PAIR_CLASSES] = {
+      {0, 0}, {1, 0}, {1, 1}, {2, 0}, {2, 1}, {2, 2}, {SP_SHELL, 0}, {1, SP_SHELL}, {SP_SHELL, SP_SHELL}, {2, SP_SHELL}};
+  return kinds[merged_class];
+}
 constexpr int merged_class(int first, int second) {
   int n = 0;
-  while (MERGED_KINDS[n].first != first || MERGED_KINDS[n].second != second) ++n;
+  while (merged_kinds(n).first != first || merged_kinds(n).second != second) ++n;
   return n;
 }
 /// Whether (first, second) is the order in which two kinds make a pair.
