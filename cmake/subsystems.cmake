@@ -60,7 +60,6 @@ function(zentrix_test name)
   add_executable(test_${name} ${ARG_SOURCES})
   target_link_libraries(test_${name} PRIVATE ${ARG_LINKS} zx_flags zx_test_support GTest::gtest GTest::gmock GTest::gtest_main)
   target_compile_options(test_${name} PRIVATE ${zx_test_options})
-  zentrix_reuse_headers(test_${name} zx_test_headers)
   gtest_discover_tests(test_${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}."
                        PROPERTIES LABELS ${name})
 endfunction()
