@@ -210,7 +210,7 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
     EXPECT_NEAR(distance(found.positions, 0, 1), 2.4, 1e-3);
     EXPECT_NEAR(distance(found.positions, 0, 2), 2.4, 1e-3);
     EXPECT_EQ(found.negative_eigenvalues, 1);
-    for (const FOLLOWED_MODE_T& mode : record.followed) EXPECT_GT(mode.overlap, 0.7);
+    for (const FOLLOWED_MODE_T& followed : record.followed) EXPECT_GT(followed.overlap, 0.7);
     // The final Hessian is handed out in Cartesian form: it bends the right way along the jump.
     const MATRIX exact = cartesian_hessian(surface, found.positions);
     Eigen::SelfAdjointEigenSolver<MATRIX> solver(exact);
