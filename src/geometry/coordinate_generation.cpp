@@ -18,8 +18,33 @@ constexpr double LINEAR_ANGLE = 175.0 * RADIAN_PER_DEGREE;
 /// Margins before an optimisation that drifts over the limit makes its coordinates anew.
 constexpr double STILL_AN_ANGLE = 177.5 * RADIAN_PER_DEGREE;
 constexpr double STILL_LINEAR = 165.0 * RADIAN_PER_DEGREE;
-/// Angles around a centre of three bonds that sum to more than this make it nearly planar.
+/// Angles around a centre of three bonds that sum to more than this make it nearly planar, and a set without an out-of-plane
+/// dihedral there unsuited.
 constexpr double PLANAR_SUM = 340.0 * RADIAN_PER_DEGREE;
+constexpr double STILL_PYRAMIDAL = 345.0 * RADIAN_PER_DEGREE;
+
+/// Wing, apex, wing, wing of the centres of three bonds whose angles sum to more than `sum` and which no dihedral sees leave
+/// their plane: angles cannot.
+std::vector<std::array<int, 4>> planar_centres(const COORDINATE_SET_T& set, const VECTOR& x, double sum) {
+  const int n = static_cast<int>(set.bonded.rows());
+  std::vector<bool> covered(static_cast<std::size_t>(n) + 1, false);
+  for (const INTCOORD_T& c : set.coordinates) {
+    if (c.kind == KIND::dihedral) covered[c.atoms[1]] = covered[c.atoms[2]] = true;
+  }
+  std::vector<std::array<int, 4>> centres;
+  for (int apex = 1; apex <= n; ++apex) {
+    if (covered[apex] || set.bonded.row(apex - 1).sum() != 3) continue;
+    std::vector<int> w;
+    for (int j = 1; j <= n; ++j) {
+      if (set.bonded(apex - 1, j - 1) != 0) w.push_back(j);
+    }
+    const double first = angle_at(x, w[0], apex, w[1]);
+    if (first > LINEAR_ANGLE || angle_at(x, apex, w[1], w[2]) > LINEAR_ANGLE) continue;
+    if (first + angle_at(x, w[1], apex, w[2]) + angle_at(x, w[0], apex, w[2]) > sum)
+      centres.push_back({w[0], apex, w[1], w[2]});
+  }
+  return centres;
+}
 
 class GENERATOR_T {
  public:
@@ -234,19 +259,8 @@ class GENERATOR_T {
     }
   }
 
-  /// Angles cannot see a planar centre leave its plane. Where no dihedral about one of its bonds can either, a dihedral
-  /// over the centre does.
   void find_planar_centres() {
-    std::vector<bool> covered(static_cast<std::size_t>(n_) + 1, false);
-    for (const INTCOORD_T& c : set_.coordinates) {
-      if (c.kind == KIND::dihedral) covered[c.atoms[1]] = covered[c.atoms[2]] = true;
-    }
-    for (int apex = 1; apex <= n_; ++apex) {
-      const std::vector<int>& w = neighbours_[apex];
-      if (w.size() != 3 || covered[apex]) continue;
-      const double sum = angle_at(x_, w[0], apex, w[1]) + angle_at(x_, w[1], apex, w[2]) + angle_at(x_, w[0], apex, w[2]);
-      if (sum > PLANAR_SUM) add_out_of_plane(w[0], apex, w[1], w[2]);
-    }
+    for (const auto& [i, apex, k, l] : planar_centres(set_, x_, PLANAR_SUM)) add_out_of_plane(i, apex, k, l);
   }
 
   void add_out_of_plane(int i, int apex, int k, int l) {
@@ -320,7 +334,7 @@ bool still_suited(const COORDINATE_SET_T& set, const VECTOR& positions) {
     if (c.kind == KIND::angle && coordinate_value(c, positions) > STILL_AN_ANGLE) return false;
     if (c.kind == KIND::linear_bend && angle_at(positions, c.atoms[0], c.atoms[1], c.atoms[2]) < STILL_LINEAR) return false;
   }
-  return true;
+  return planar_centres(set, positions, STILL_PYRAMIDAL).empty();
 }
 
 }  // namespace zentrix::INTERNAL_COORDS

@@ -31,7 +31,8 @@ class COORDINATE_SYSTEM_T {
   /// What a change of a coordinate counts in the length of a step.
   virtual VECTOR weights() const = 0;
   virtual std::vector<HELD_T> held() const { return {}; }
-  /// Whether the coordinates can describe the geometry: false where an angle became linear or ceased to be.
+  /// Whether the coordinates can describe the geometry: false where an angle became linear or ceased to be, or a
+  /// centre planar.
   virtual bool suits(const VECTOR& /*positions*/) const { return true; }
   /// Makes the coordinates anew when the geometry has left their range; true when it did.
   virtual bool remade_for(const VECTOR&) { return false; }

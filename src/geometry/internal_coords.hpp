@@ -98,7 +98,8 @@ struct BACK_TRANSFORMATION_T {
 /// exactly.
 BACK_TRANSFORMATION_T back_transform(const COORDINATE_SET_T& set, const VECTOR& positions, const VECTOR& dq);
 
-/// Whether the set still suits the geometry: no angle became linear, no linear bend became an angle.
+/// Whether the set still suits the geometry: no angle became linear, no linear bend became an angle, no centre that only
+/// angles describe became planar.
 bool still_suited(const COORDINATE_SET_T& set, const VECTOR& positions);
 
 /// A coordinate to be held, as the user names it.

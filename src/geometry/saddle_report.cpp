@@ -13,7 +13,7 @@ namespace {
 const std::string rule = "   " + std::string(96, '=');
 constexpr auto table_header =
     "   Step        Energy       dE       max|g|    rms(g)    max|dx|   rms(dx)  Mode  Eigenvalue  Overlap\n";
-constexpr Eigen::Index eigenvalues_shown = 5;
+constexpr int eigenvalues_shown = 5;
 
 }  // namespace
 
@@ -30,12 +30,14 @@ void SADDLE_PRINTER_T::started(bool internal, const THRESHOLDS_T& thresholds) {
   fmt::print(report_, "                                     max|g|    rms(g)    max|dx|   rms(dx)\n");
   fmt::print(report_, "   Convergence when below:       {:10.6f}{:10.6f}{:11.6f}{:10.6f}\n", thresholds.max_gradient,
              thresholds.rms_gradient, thresholds.max_step, thresholds.rms_step);
+  const char* length = internal ? "bohr or radian" : "bohr";
+  fmt::print(report_, "   Energies in hartree, gradients g in hartree per {0}, steps dx in {0}.\n", length);
 }
 
-void SADDLE_PRINTER_T::modes_known(const VECTOR& eigenvalues) {
+void SADDLE_PRINTER_T::modes_known(const VECTOR& eigenvalues, int followed) {
   fmt::print(report_, "\n   Lowest eigenvalues of the starting Hessian (hartree per squared bohr or radian):\n");
-  for (Eigen::Index k = 0; k < std::min(eigenvalues.size(), eigenvalues_shown); ++k)
-    fmt::print(report_, "     mode {:3d}: {:12.6f}\n", k + 1, eigenvalues(k));
+  for (Eigen::Index k = 0; k < std::min<Eigen::Index>(eigenvalues.size(), std::max(followed, eigenvalues_shown)); ++k)
+    fmt::print(report_, "     mode {:3d}: {:12.6f}{}\n", k + 1, eigenvalues(k), k + 1 == followed ? "  followed" : "");
 }
 
 void SADDLE_PRINTER_T::mode_refused(int mode, int n_modes) {
@@ -59,7 +61,11 @@ void SADDLE_PRINTER_T::evaluated(const STEP_ROW_T& row, const FOLLOWED_MODE_T& f
 }
 
 void SADDLE_PRINTER_T::coordinates_remade() {
-  fmt::print(report_, "   An angle became linear or ceased to be: internal coordinates made anew.\n");
+  fmt::print(report_, "   An angle became linear or ceased to be, or a centre planar: internal coordinates made anew.\n");
+}
+
+void SADDLE_PRINTER_T::turned() {
+  fmt::print(report_, "   The way up became steeper: back to the start and up the other way.\n");
 }
 
 void SADDLE_PRINTER_T::scf_failed(int step) { fmt::print(report_, "   *** SCF did not converge at step {}\n", step); }

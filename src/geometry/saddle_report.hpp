@@ -15,11 +15,12 @@ class SADDLE_PRINTER_T : public SADDLE_OBSERVER_T {
   SADDLE_PRINTER_T(const MOLECULE_T& molecule, std::ostream& report);
   void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
   void started(bool internal, const THRESHOLDS_T& thresholds) override;
-  void modes_known(const VECTOR& eigenvalues) override;
+  void modes_known(const VECTOR& eigenvalues, int followed) override;
   void mode_refused(int mode, int n_modes) override;
   void evaluating(int step, const VECTOR& positions) override;
   void evaluated(const STEP_ROW_T& row, const FOLLOWED_MODE_T& followed) override;
   void coordinates_remade() override;
+  void turned() override;
   void scf_failed(int step) override;
   void finished(const SADDLE_POINT_T& result) override;
 

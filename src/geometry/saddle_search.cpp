@@ -1,5 +1,6 @@
 #include "geometry/saddle_search.hpp"
 
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -17,6 +18,10 @@ namespace {
 
 using namespace INTERNAL_COORDS;
 using OPTIMIZER::COORDINATE_POINT_T;
+
+/// Nearer (bohr or radian) to the lowest point along the mode to be climbed, a start does not tell which of the two ways up
+/// is meant.
+constexpr double AT_THE_BOTTOM = 0.5 * OPTIMIZER::SADDLE_TRUST_START;
 
 /// The Hessian in the independent coordinates of a point.
 struct MODES_T {
@@ -49,6 +54,8 @@ class SEARCH_T {
       const COORDINATE_POINT_T here = point_in_coordinates(system_, x, result_.point.gradient);
       if (step == 1 && !start(here, cartesian_hessian)) return result_;
       const VECTOR dq = last_ ? system_.difference(here.values, last_->values) : VECTOR::Zero(here.values.size());
+      const bool turns = step == 2 && two_ways_up_ && step < settings_.max_steps && became_steeper(here, dq);
+      const VECTOR turned_step = turns ? other_way(dq) : VECTOR();
       if (last_) learn_from(here, dq);
       const MODES_T modes = modes_of(hessian_, here.frame);
       follow(modes);
@@ -56,6 +63,11 @@ class SEARCH_T {
                                                  system_.unscaled_gradient(here.gradient), system_.unscaled_step(dq));
       observer_.evaluated(row, followed_);
       result_.negative_eigenvalues = static_cast<int>((modes.eigenvalues.array() < 0.0).count());
+      if (turns) {
+        observer_.turned();
+        x = system_.displaced(last_->positions, turned_step);
+        continue;
+      }
       last_ = here;
       if (step > 1 && OPTIMIZER::below(row, settings_.thresholds)) {
         result_.outcome = OUTCOME::converged;
@@ -105,16 +117,33 @@ class SEARCH_T {
     hessian_ = hessian_in_coordinates(system_, here, cartesian_hessian);
     const MODES_T modes = modes_of(hessian_, here.frame);
     const auto n_modes = static_cast<int>(modes.eigenvalues.size());
-    observer_.modes_known(modes.eigenvalues);
     if (settings_.mode > n_modes || n_modes == 0) {
       observer_.mode_refused(settings_.mode, n_modes);
       result_.outcome = OUTCOME::refused;
       return false;
     }
     const int first = settings_.mode > 0 ? settings_.mode - 1 : 0;
+    observer_.modes_known(modes.eigenvalues, first + 1);
     followed_vector_ = modes.vectors.col(first);
     followed_.eigenvalue = modes.eigenvalues(first);
+    two_ways_up_ = followed_.eigenvalue > 0.0 && std::abs(to_the_bottom(here)) < AT_THE_BOTTOM;
     return true;
+  }
+
+  /// The Newton step along the followed mode.
+  double to_the_bottom(const COORDINATE_POINT_T& here) const {
+    return -followed_vector_.dot(here.gradient) / followed_.eigenvalue;
+  }
+
+  /// Whether the curvature along the followed mode grew on the step from the last point. Over a barrier it has to fall.
+  bool became_steeper(const COORDINATE_POINT_T& here, const VECTOR& dq) const {
+    const double length = followed_vector_.dot(dq);
+    return followed_vector_.dot(here.gradient - last_->gradient) / length > followed_.eigenvalue;
+  }
+
+  /// A step from the last point as far up the other side of its valley.
+  VECTOR other_way(const VECTOR& dq) const {
+    return dq + (to_the_bottom(*last_) - 2.0 * followed_vector_.dot(dq)) * followed_vector_;
   }
 
   void follow(const MODES_T& modes) {
@@ -143,6 +172,7 @@ class SEARCH_T {
   std::optional<COORDINATE_POINT_T> last_;
   VECTOR followed_vector_;
   FOLLOWED_MODE_T followed_;
+  bool two_ways_up_ = false;  ///< the start is the bottom of a valley, as far as the followed mode goes
   double energy_change_ = 0.0;
   double trust_ = OPTIMIZER::SADDLE_TRUST_START;
 };

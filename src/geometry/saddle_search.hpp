@@ -37,13 +37,15 @@ class SADDLE_OBSERVER_T {
   virtual ~SADDLE_OBSERVER_T() = default;
   virtual void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T&) {}
   virtual void started(bool /*internal*/, const THRESHOLDS_T&) {}
-  /// Of the starting Hessian, ascending, once the first gradient is known.
-  virtual void modes_known(const VECTOR& /*eigenvalues*/) {}
+  /// Of the starting Hessian, ascending, once the first gradient is known; `followed` counts from 1.
+  virtual void modes_known(const VECTOR& /*eigenvalues*/, int /*followed*/) {}
   virtual void mode_refused(int /*mode*/, int /*number of modes*/) {}
   /// Before the surface is asked.
   virtual void evaluating(int /*step*/, const VECTOR& /*positions*/) {}
   virtual void evaluated(const STEP_ROW_T&, const FOLLOWED_MODE_T&) {}
   virtual void coordinates_remade() {}
+  /// The way out of a minimum became steeper; the other one is taken from the start.
+  virtual void turned() {}
   virtual void scf_failed(int /*step*/) {}
   virtual void finished(const SADDLE_POINT_T&) {}
 };

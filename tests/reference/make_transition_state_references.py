@@ -3,7 +3,8 @@
 
 usage: make_transition_state_references.py BASIS_DATA_FOLDER > transition_states.json
 
-Flat ammonia and eclipsed ethane are minima within their symmetry: the energy is minimised over the free distances and angles.
+Flat ammonia (also the goal of a search from beside the pyramid, on its steep side) and eclipsed ethane are minima within
+their symmetry: the energy is minimised over the free distances and angles.
 `atoms` (angstrom) is where a search starts, `steps` what it may take.
 """
 import json
@@ -24,8 +25,8 @@ def star(symbol, radius, height, turn=0.0):
     return [f"{symbol} {radius * math.cos(a):.10f} {radius * math.sin(a):.10f} {height:.10f}" for a in angles]
 
 
-def ammonia(bond):
-    return "; ".join(["N 0 0 0"] + star("H", bond, 0.0))
+def ammonia(radius, height=0.0):
+    return "; ".join(["N 0 0 0"] + star("H", radius, height))
 
 
 def ethane(bond, radius, height, turn=0.0):
@@ -45,6 +46,7 @@ def energy(atoms, method, basis):
 # name, method, basis, atoms by free parameters, their start, the start of the search, its steps
 CASES = [
     ("flat ammonia", "HF", "3-21G", ammonia, [1.0], ammonia(1.03), 5),
+    ("ammonia near its minimum", "HF", "3-21G", ammonia, [1.0], ammonia(0.962, 0.290), 11),
     ("flat ammonia", "B3LYP", "3-21G", ammonia, [1.0], ammonia(1.03), 5),
     ("eclipsed ethane", "HF", "STO-3G", ethane, [1.55, 1.02, 1.16], ethane(1.53, 1.02, 1.16), 6),
     ("staggered ethane", "HF", "STO-3G", ethane, [1.55, 1.02, 1.16], ethane(1.53, 1.02, 1.16, 60.0), 10),

@@ -80,7 +80,7 @@ std::function<double(const VECTOR&)> jumping_atom(double angle) {
     const double u = (first - second) / 0.5;
     const double v = first + second - 4.8;
     const double bend = angle_at(x, 2, 1, 3) - angle;
-    return 0.02 * (u * u - 1.0) * (u * u - 1.0) + 0.3 * v * v + 0.1 * bend * bend + 0.03 * u * v;
+    return 0.02 * (u * u - 1.0) * (u * u - 1.0) + v * v + 0.1 * bend * bend + 0.03 * u * v;
   };
 }
 
@@ -88,9 +88,11 @@ struct RECORD_T : SADDLE_OBSERVER_T {
   std::vector<FOLLOWED_MODE_T> followed;
   bool internal = false;
   int refused_modes = 0;
+  int turns = 0;
   void started(bool in_internals, const THRESHOLDS_T&) override { internal = in_internals; }
   void mode_refused(int, int n_modes) override { refused_modes = n_modes; }
   void evaluated(const STEP_ROW_T&, const FOLLOWED_MODE_T& mode) override { followed.push_back(mode); }
+  void turned() override { ++turns; }
 };
 
 SADDLE_POINT_T search(GRADIENTS::ENERGY_SURFACE_T& surface, const SADDLE_SETTINGS_T& settings, SADDLE_OBSERVER_T& observer) {
@@ -195,8 +197,9 @@ TEST(HESSIAN_TRANSFORM, KeepsTheQuadraticModelAwayFromStationaryPoints) {
 }
 
 TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
-  // Beyond the turning point of the barrier (0.12) the bend is the softest mode; the jump is the second.
-  for (const auto& [side, mode] : {std::pair{-0.25, 0}, std::pair{0.0, 0}, std::pair{0.12, 2}}) {
+  // Beyond the turning point of the barrier (0.12) the bend is the softest mode; the jump is the second. The minimum is at
+  // -0.594; beyond it the way up goes on away from the barrier, and the search has to turn round.
+  for (const auto& [side, mode] : {std::pair{-0.25, 0}, {0.0, 0}, {0.12, 2}, {-0.58, 2}, {-0.61, 2}}) {
     const STRUCTURE_T start = structure("H 0 " + std::to_string(side * 0.4) + " 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n");
     FUNCTION_SURFACE_T surface(start, jumping_atom(2.0));
     RECORD_T record;
@@ -205,6 +208,7 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
     const SADDLE_POINT_T found = search(surface, settings, record);
     ASSERT_EQ(found.outcome, OUTCOME::converged) << side;
     EXPECT_TRUE(record.internal);
+    EXPECT_EQ(record.turns, side < -0.6 ? 1 : 0) << side;
     EXPECT_LE(found.steps, 12);
     EXPECT_NEAR(found.point.energy, 0.02, 1e-6);
     EXPECT_NEAR(distance(found.positions, 0, 1), 2.4, 1e-3);
