@@ -68,6 +68,7 @@ void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream&
   const HESSIAN::NUMERICAL_HESSIAN_T result = HESSIAN::numerical_hessian(*surface, progress);
   HESSIAN::print_unconverged(result, report);
   if (result.unconverged > 0) run.converged = false;
+  run.start = surface->converged_densities();
   hessian.identity = identity_of(run);
   hessian.energy = result.energy;
   hessian.gradient = result.gradient;

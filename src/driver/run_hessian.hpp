@@ -16,7 +16,7 @@ namespace zentrix {
                                       std::ostream& report);
 
 /// Computes the Hessian, with its energy and gradient, at the run's geometry, starting from the run's SCF where there is
-/// one. The run counts as not converged when an SCF of it did not converge.
+/// one, and leaves the density there for what follows. The run counts as not converged when an SCF of it did not converge.
 void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report);
 
 /// Writes the Hessian file, its frequencies and modes included, without a line of the vibrational analysis.

@@ -27,6 +27,7 @@ struct RUN_T {
   INTEGRALS_1E::ONE_ELECTRON_T one_electron;       ///< Section 2; handed to `geometry` by Section 3
   std::unique_ptr<SCF::GEOMETRY_DATA_T> geometry;  ///< of the last SCF
   SCF::SCF_RESULT_T scf;                           ///< the last SCF: Section 3, or the one behind the last gradient
+  SCF::SPIN_MATRICES_T start;                      ///< converged densities to start from while there is no `scf`
   std::optional<CORRELATION::MP2_RESULT_T> mp2;    ///< the correlation step behind `scf`, of a method that has one
   bool optimized = false;                          ///< `scf` and `geometry` are those of an optimisation's last step
   bool converged = true;                           ///< false once an iterative procedure of the run has not converged

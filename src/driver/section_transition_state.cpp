@@ -9,6 +9,7 @@
 #include "geometry/positions_report.hpp"
 #include "geometry/saddle_report.hpp"
 #include "geometry/saddle_search.hpp"
+#include "hessian/vibration_report.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
 
@@ -79,7 +80,9 @@ int section_validation(RUN_T& run, std::ostream& report) {
   print_section_heading("6 (validation)", "Freq at located TS", report);
   HESSIAN::HESSIAN_FILE_T hessian;
   compute_hessian(run, hessian, report);
-  return analyse_hessian(run, hessian, true, report);
+  if (const int status = analyse_hessian(run, hessian, true, report); status != 0) return status;
+  VIBRATIONS::print_saddle_verdict(hessian.frequencies, run.converged, report);
+  return 0;
 }
 
 }  // namespace zentrix

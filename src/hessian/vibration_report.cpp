@@ -121,6 +121,16 @@ void print_vibrations(const VIBRATIONS_T& vibrations, std::ostream& report) {
   print_modes(vibrations, report);
 }
 
+void print_saddle_verdict(const VECTOR& frequencies, bool converged, std::ostream& report) {
+  const auto n_imaginary = (frequencies.array() <= -TR_THRESHOLD).count();
+  if (n_imaginary != 1) {
+    fmt::print(report, "   *** WARNING: {} imaginary modes; a transition state has exactly one.\n", n_imaginary);
+  } else {
+    fmt::print(report, "   Imaginary modes: 1 ({:.2f}i cm^-1).  {}\n", -frequencies.minCoeff(),
+               converged ? "Transition state confirmed." : "Not confirmed: an SCF or the search did not converge.");
+  }
+}
+
 void print_thermochemistry(const THERMOCHEMISTRY_T& t, std::ostream& report) {
   const std::string rule = "   " + std::string(62, '-');
   fmt::print(report, "\n   Thermochemistry ({:.2f} K, 1 atm)\n{}\n", t.temperature, double_rule);

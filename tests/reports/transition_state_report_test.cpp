@@ -24,10 +24,12 @@ TEST(TransitionStateReport, FindsAndValidatesThePublishedSaddlePoint) {
                         "   No %read_hess supplied -- computing Hessian at input geometry.\n"
                         "   Method: Numerical Hessian (gradient FD)\n",
                         "   Hessian written to: run.hess\n", "   Transition-State Search (P-RFO / Internal Coordinates)\n",
-                        "   Geometry of step 1 (Angstrom):\n", "   Transition-state search converged in ",
+                        "   Geometry of step 1 (Angstrom):\n", "   Initial Fock matrix:       previous density\n",
+                        "     mode   1:    -0.112599  followed\n", "   Transition-state search converged in ",
                         "   Negative eigenvalues of the updated Hessian: 1\n", "   TS search time: ",
                         " --- Section 6 (validation): Freq at located TS ---\n   Method: Numerical Hessian (gradient FD)\n",
-                        "   Vibrational modes: 2\n   TR modes:          7\n",
+                        "   Vibrational modes: 2\n   TR modes:          7\n", "   Imaginary modes: 1 (1215.7",
+                        "i cm^-1).  Transition state confirmed.\n",
                         " --- Section 7: Output & Properties ---\n   Reusing SCF from last optimization step.\n"});
   EXPECT_NEAR(run.number("     Total energy:      "), -92.24604, 1e-5);
   EXPECT_LE(run.number("search converged in "), 10);

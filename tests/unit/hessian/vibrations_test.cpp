@@ -148,6 +148,15 @@ TEST(Vibrations, TypesCountsAndPrintedBlocks) {
     EXPECT_NE(with_infrared.str().find(text), std::string::npos) << text << "\nin\n" << with_infrared.str();
   }
   EXPECT_EQ(with_infrared.str().find("Mode 4:"), std::string::npos) << "a mode below 10 cm^-1 is none";
+  for (const auto& [converged, text] : {std::pair{true, "Transition state confirmed.\n"},
+                                        {false, "Not confirmed: an SCF or the search did not converge.\n"}}) {
+    std::ostringstream verdict;
+    print_saddle_verdict(found.frequencies, converged, verdict);
+    EXPECT_EQ(verdict.str(), std::string("   Imaginary modes: 1 (500.00i cm^-1).  ") + text);
+  }
+  std::ostringstream verdict;
+  print_saddle_verdict(found.frequencies.tail(5), true, verdict);
+  EXPECT_EQ(verdict.str(), "   *** WARNING: 0 imaginary modes; a transition state has exactly one.\n");
   std::ostringstream without;
   print_vibrations(vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), nullptr), without);
   EXPECT_NE(
