@@ -188,7 +188,7 @@ TEST(InternalCoords, BackTransformationCrossesTheDihedralSeam) {
   EXPECT_LT(error.norm(), 1e-6);
 }
 
-TEST(InternalCoords, DriftOverTheLinearLimitIsNoticed) {
+TEST(InternalCoords, DriftOverALimitIsNoticed) {
   const auto bent = [](double degrees) {
     const double a = degrees * RADIAN_PER_DEGREE;
     return structure("C 0 0 0\nO 0 0 1.16\nO 0 " + std::to_string(1.16 * std::sin(a)) + " " +
@@ -201,6 +201,17 @@ TEST(InternalCoords, DriftOverTheLinearLimitIsNoticed) {
   EXPECT_EQ(count(straight, KIND::linear_bend), 2);
   EXPECT_TRUE(still_suited(straight, bent(170).x));
   EXPECT_FALSE(still_suited(straight, bent(160).x));
+  // Angles alone do not see a pyramid become flat and turn over; the linear bends of a T do.
+  const auto pyramid = [](const std::string& height) {
+    return structure("N 0 0 " + height + "\nH 0.96 0 0\nH -0.48 0.8314 0\nH -0.48 -0.8314 0\n");
+  };
+  const COORDINATE_SET_T angles = generate_coordinates(pyramid("0.3").z, pyramid("0.3").x);
+  EXPECT_EQ(angles.n_dihedrals, 0);
+  EXPECT_TRUE(still_suited(angles, pyramid("0.25").x));
+  EXPECT_FALSE(still_suited(angles, pyramid("0.1").x));
+  EXPECT_TRUE(still_suited(generate_coordinates(pyramid("0.1").z, pyramid("0.1").x), pyramid("-0.3").x));
+  const STRUCTURE_T t_shape = structure("Cl 0 0 0\nF 0 0 1.7\nF 0 0 -1.7\nF 1.6 0 0\n");
+  EXPECT_TRUE(still_suited(generate_coordinates(t_shape.z, t_shape.x), t_shape.x));
 }
 
 TEST(InternalCoords, LimitsHold) {
