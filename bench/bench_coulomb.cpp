@@ -12,9 +12,9 @@
 #include <random>
 
 #include "bench_molecules.hpp"
-#include "simd/aligned_vector.hpp"
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/kernels/coulomb_kernels.hpp"
+#include "simd/aligned_vector.hpp"
 
 using namespace zentrix;
 

@@ -26,7 +26,7 @@ VECTOR INTERNAL_SYSTEM_T::displaced(const VECTOR& positions, const VECTOR& dq) c
   constexpr double acceptable_error = 0.5;
   VECTOR wanted = dq;
   for (int n = 0; n < halvings; ++n, wanted *= 0.5) {
-    const VECTOR reached = back_transform(set_, positions, wanted).positions;
+    VECTOR reached = back_transform(set_, positions, wanted).positions;
     const VECTOR made = difference(values(reached), values(positions));
     if ((made - wanted).norm() <= acceptable_error * wanted.norm()) return reached;
   }

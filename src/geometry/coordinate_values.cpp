@@ -38,15 +38,15 @@ VECTOR3 angle_derivative(const VECTOR3& a, const VECTOR3& b) {
 
 using ROW = Eigen::Ref<Eigen::RowVectorXd, 0, Eigen::InnerStride<>>;
 
-void add_to(ROW row, int atom, const VECTOR3& derivative) { row.segment<3>(3 * (atom - 1)) += derivative.transpose(); }
+void add_to(ROW& row, int atom, const VECTOR3& derivative) { row.segment<3>(3 * (atom - 1)) += derivative.transpose(); }
 
-void bond_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
+void bond_row(const INTCOORD_T& c, const VECTOR& x, ROW& row) {
   const VECTOR3 unit = (position_of(x, c.atoms[1]) - position_of(x, c.atoms[0])).normalized();
   add_to(row, c.atoms[0], -unit);
   add_to(row, c.atoms[1], unit);
 }
 
-void angle_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
+void angle_row(const INTCOORD_T& c, const VECTOR& x, ROW& row) {
   const VECTOR3 a = position_of(x, c.atoms[0]) - position_of(x, c.atoms[1]);
   const VECTOR3 b = position_of(x, c.atoms[2]) - position_of(x, c.atoms[1]);
   const VECTOR3 da = angle_derivative(a, b);
@@ -56,7 +56,7 @@ void angle_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
   add_to(row, c.atoms[2], db);
 }
 
-void linear_bend_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
+void linear_bend_row(const INTCOORD_T& c, const VECTOR& x, ROW& row) {
   const VECTOR3 apex = position_of(x, c.atoms[1]);
   const VECTOR3 da = angle_derivative(position_of(x, c.atoms[0]) - apex, axis_of(c));
   const VECTOR3 db = angle_derivative(position_of(x, c.atoms[2]) - apex, axis_of(c));
@@ -65,7 +65,7 @@ void linear_bend_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
   add_to(row, c.atoms[2], db);
 }
 
-void dihedral_row(const INTCOORD_T& c, const VECTOR& x, ROW row) {
+void dihedral_row(const INTCOORD_T& c, const VECTOR& x, ROW& row) {
   constexpr double no_plane = 1e-16;
   const VECTOR3 f = position_of(x, c.atoms[0]) - position_of(x, c.atoms[1]);
   const VECTOR3 g = position_of(x, c.atoms[1]) - position_of(x, c.atoms[2]);

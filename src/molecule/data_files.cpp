@@ -59,7 +59,7 @@ std::string data_file_path(const std::string& file_name) {
   std::string local = "basis_data/" + file_name;
   std::error_code error;
   if (!std::filesystem::exists(local, error))
-    if (const std::string found = file_beside_program(file_name); !found.empty()) return found;
+    if (std::string found = file_beside_program(file_name); !found.empty()) return found;
   return local;
 }
 

@@ -32,6 +32,7 @@ ZX_DECLARE_FOR_EACH_ISA(
                       double* weight))
 
 ZX_DECLARE_FOR_EACH_ISA(
-    /// gradient[3 C + axis] += sum_p value[p] d ln(P_owner / sum_B P_B) / d X_C with points that move along with their owner.
+    /// gradient[3 C + axis] += sum_p value[p] d ln(P_owner / sum_B P_B) / d X_C with points that move along with their
+    /// owner.
     void cell_gradient(const FUZZY_CELLS_T& cells, const CELL_POINTS_T& points, const double* value, double* scratch,
                        double* gradient))

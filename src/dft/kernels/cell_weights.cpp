@@ -34,7 +34,8 @@ ZX_INLINE vec block_weights(const BLOCK& block, int owner, double negligible) {
 
 }  // namespace
 
-void cell_weights(const FUZZY_CELLS_T& cells, const CELL_POINTS_T& points, double negligible, double* scratch, double* weight) {
+void cell_weights(const FUZZY_CELLS_T& cells, const CELL_POINTS_T& points, double negligible, double* scratch,
+                  double* weight) {
   vec* r = reinterpret_cast<vec*>(scratch);
   for (int p = 0; p < points.n; p += LANES) {
     const int count = points.n - p < LANES ? points.n - p : LANES;

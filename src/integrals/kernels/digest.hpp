@@ -16,9 +16,9 @@ namespace zentrix::kernels::ZX_ISA {
 /// to[0 .. n) += the first n < LANES elements of v, in accesses of 4, 2 and 1 doubles. A whole vector would be simpler, but
 /// the next lane's run often begins inside it, and reading what is still being written stalls the processor.
 ZX_INLINE void add_first(double* to, vec v, int n) {
-  typedef double pair __attribute__((vector_size(16), aligned(8)));
+  using pair __attribute__((vector_size(16), aligned(8))) = double;
 #if defined(__AVX512F__)
-  typedef double quad __attribute__((vector_size(32), aligned(8)));
+  using quad __attribute__((vector_size(32), aligned(8))) = double;
   if (n & 4) {
     *reinterpret_cast<quad*>(to) += __builtin_shufflevector(v, v, 0, 1, 2, 3);
     v = __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);

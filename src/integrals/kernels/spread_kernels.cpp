@@ -10,13 +10,13 @@ namespace {
 /// another ket.
 template <int N>
 ZX_INLINE void store_first(double* to, vec v) {
-  typedef double pair __attribute__((vector_size(16), aligned(8)));
+  using pair __attribute__((vector_size(16), aligned(8))) = double;
   if constexpr (N == LANES) {
     store(to, v);
   } else {
     int at = 0;
 #if defined(__AVX512F__)
-    typedef double quad __attribute__((vector_size(32), aligned(8)));
+    using quad __attribute__((vector_size(32), aligned(8))) = double;
     if constexpr ((N & 4) != 0) {
       *reinterpret_cast<quad*>(to) = __builtin_shufflevector(v, v, 0, 1, 2, 3);
       v = __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);
