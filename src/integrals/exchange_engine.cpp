@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "integrals/ordered_sum.hpp"
 #include "integrals/scalar_quartet.hpp"
 
 namespace zentrix::INTEGRALS_2E {
@@ -45,8 +46,8 @@ class DIRECT_BUILD {
         maxima_(block_maxima(data, densities)),
         panel_(panel_doubles(data)) {}
 
-  /// All quartets of one bra, added to its columns of the targets.
-  void bra(THREAD_T& thread, const BRA_T& bra_at, std::vector<MATRIX>& targets) const {
+  /// All quartets of one bra, added to its columns of the targets: one matrix a density, one after the other.
+  void bra(THREAD_T& thread, const BRA_T& bra_at, VECTOR& targets) const {
     const PAIR_LIST_T& list = data_.lists[static_cast<std::size_t>(bra_at.list)];
     const SHELL_PAIR_T& bra = list.pairs[static_cast<std::size_t>(bra_at.index)];
     double largest = 0.0;
@@ -68,8 +69,10 @@ class DIRECT_BUILD {
         digest_scalars(thread, bra);
     }
     if (!panels_filled) return;
-    for (std::size_t n = 0; n < densities_.size(); ++n)
-      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(), targets[n]);
+    const Eigen::Index size = data_.n_components();
+    double* target = targets.data();
+    for (std::size_t n = 0; n < densities_.size(); ++n, target += size * size)
+      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(), {target, size, size});
   }
 
  private:
@@ -145,14 +148,14 @@ KERNEL_CHOICE_T choose_kernels(kernels::ISA isa) {
 
 std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels,
                                     const std::vector<const MATRIX*>& densities, double threshold) {
-  const int n = data.n_components();
+  const Eigen::Index n = data.n_components();
   const std::size_t n_densities = densities.size();
   if (n_densities == 0) return {};
   const DIRECT_BUILD build(data, kernels, densities, threshold);
   const std::vector<BRA_T> order = bra_order(data);
   const int threads = omp_get_max_threads();
-  const int slots = slot_count(threads, n_densities * static_cast<std::size_t>(n) * static_cast<std::size_t>(n));
-  std::vector<std::vector<MATRIX>> halves(static_cast<std::size_t>(slots));
+  const int slots = slot_count(threads);
+  ORDERED_SUM_T halves(static_cast<Eigen::Index>(n_densities) * n * n);
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_densities);
@@ -160,17 +163,17 @@ std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOI
 #pragma omp parallel for schedule(dynamic, 1)
   for (int slot = 0; slot < slots; ++slot) {
     THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
-    std::vector<MATRIX>& targets = halves[static_cast<std::size_t>(slot)];
-    targets.assign(n_densities, MATRIX::Zero(n, n));
+    VECTOR targets = halves.take();
     for (std::size_t b = static_cast<std::size_t>(slot); b < order.size(); b += static_cast<std::size_t>(slots))
       build.bra(thread, order[b], targets);
+    halves.give(slot, std::move(targets));
   }
 
   std::vector<MATRIX> exchange;
-  for (std::size_t d = 0; d < n_densities; ++d) {
-    MATRIX half = std::move(halves[0][d]);
-    for (std::size_t slot = 1; slot < halves.size(); ++slot) half += halves[slot][d];
-    exchange.push_back(half + half.transpose());
+  const double* half = halves.total().data();
+  for (std::size_t d = 0; d < n_densities; ++d, half += n * n) {
+    const Eigen::Map<const MATRIX> triangle(half, n, n);
+    exchange.emplace_back(triangle + triangle.transpose());
   }
   return exchange;
 }

@@ -172,16 +172,19 @@ VECTOR exchange_gradient(const MOLECULE_T& molecule, std::span<const MATRIX> den
   const KERNEL_CHOICE_T quartets = choose_kernels(isa);
   const SHELL_PAIRS_T data = make_shell_pairs(molecule, *quartets.table, quartets.lanes);
   std::vector<MATRIX> cartesian;
+  cartesian.reserve(densities.size());
   std::vector<const MATRIX*> pointers;
+  pointers.reserve(densities.size());
   for (const MATRIX& density : densities) cartesian.push_back(to_cartesian(molecule, density));
   for (const MATRIX& density : cartesian) pointers.push_back(&density);
   const GRADIENT_BUILD build(data, isa, pointers, threshold);
 
   const std::vector<BRA_T> order = bra_order(data);
   const int threads = omp_get_max_threads();
-  const int slots = slot_count(threads, static_cast<std::size_t>(n_values));
+  const int slots = slot_count(threads);
   std::vector<VECTOR> parts(static_cast<std::size_t>(slots), VECTOR::Zero(n_values));
   std::vector<THREAD_T> thread_data;
+  thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, quartets.lanes, static_cast<int>(densities.size()));
 #pragma omp parallel for schedule(dynamic, 1)
   for (int slot = 0; slot < slots; ++slot) {

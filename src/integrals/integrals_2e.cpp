@@ -74,12 +74,13 @@ std::int64_t JK_BUILDER::store_bytes() const { return has_store() ? implementati
 
 JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MATRIX> for_k, double threshold) const {
   const IMPLEMENTATION& engine = *implementation_;
-  const std::vector<MATRIX> j_densities = engine.cartesian(for_j), k_densities = engine.cartesian(for_k);
   JK_RESULT_T result;
   if (engine.store) {
-    engine.store->contract(engine.pairs, engine.kernels, j_densities, k_densities, result.j, result.k);
+    engine.store->contract(engine.pairs, engine.kernels, engine.cartesian(for_j), engine.cartesian(for_k), result.j,
+                           result.k);
   } else {
-    if (!j_densities.empty()) result.j = engine.coulomb.build(j_densities, threshold);
+    if (!for_j.empty()) result.j = engine.coulomb.build(engine.cartesian(for_j), threshold);
+    const std::vector<MATRIX> k_densities = engine.cartesian(for_k);
     std::vector<const MATRIX*> pointers;
     pointers.reserve(k_densities.size());
     for (const MATRIX& density : k_densities) pointers.push_back(&density);

@@ -36,13 +36,7 @@ kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* 
   return batch;
 }
 
-int slot_count(int threads, std::size_t doubles_per_slot) {
-  constexpr double slot_memory = 128.0 * 1024 * 1024;
-  constexpr int slots_per_thread = 16;
-  if (threads == 1) return 1;
-  const double bytes = 8.0 * static_cast<double>(std::max<std::size_t>(doubles_per_slot, 1));
-  return std::clamp(static_cast<int>(slot_memory / bytes), threads, slots_per_thread * threads);
-}
+int slot_count(int threads) { return threads == 1 ? 1 : 16 * threads; }
 
 MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities) {
   const int n = data.n_shells();
@@ -74,7 +68,7 @@ void fill_panel(const MATRIX& density, const SHELL_PAIR_T& bra, int na, int nb, 
   }
 }
 
-void add_panel(const double* panel, const SHELL_PAIR_T& bra, int na, int nb, MATRIX& target) {
+void add_panel(const double* panel, const SHELL_PAIR_T& bra, int na, int nb, Eigen::Map<MATRIX> target) {
   const int nab = na + nb;
   const Eigen::Index n = target.rows();
   for (int c = 0; c < nab; ++c) {

@@ -32,10 +32,10 @@ int surviving_kets(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list, do
 /// 0.
 kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* kets, int count, double primitive_cutoff);
 
-/// Number of independent accumulators (slots) of a threaded build. Bra number n always goes to slot n mod slots and a slot
-/// is worked off in order by one thread at a time, so equal thread counts give equal digits whichever thread takes which
-/// slot. More slots than threads balance the load; memory limits them.
-int slot_count(int threads, std::size_t doubles_per_slot);
+/// Number of slots of a threaded build. Bra number n always goes to slot n mod slots, a slot is worked off in order by one
+/// thread at a time, and slots are added in order (ORDERED_SUM_T), so equal thread counts give equal digits whichever thread
+/// takes which slot. More slots than threads balance the load.
+int slot_count(int threads);
 
 /// Largest |D_ab| of every shell block over all densities, for components of self-overlap 1; nshell x nshell.
 MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities);
@@ -43,7 +43,7 @@ MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>&
 /// Columns of the bra's two shells of a symmetric matrix, as rows of na + nb doubles for every component, into `panel`.
 void fill_panel(const MATRIX& density, const SHELL_PAIR_T& bra, int na, int nb, double* panel);
 /// Adds a panel to the columns of the bra's shells.
-void add_panel(const double* panel, const SHELL_PAIR_T& bra, int na, int nb, MATRIX& target);
+void add_panel(const double* panel, const SHELL_PAIR_T& bra, int na, int nb, Eigen::Map<MATRIX> target);
 
 /// Doubles of the panels of any bra, with the spare doubles that whole vectors need.
 std::size_t panel_doubles(const SHELL_PAIRS_T& data);

@@ -1,8 +1,10 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "integrals/eri_store.hpp"
+#include "integrals/ordered_sum.hpp"
 #include "integrals/scalar_quartet.hpp"
 
 // J and K from the integral store: every block is read once and digested for all densities while it is in the cache.
@@ -26,22 +28,16 @@ BLOCKS pair_blocks(const SHELL_PAIRS_T& data, const MATRIX& density) {
 }
 
 /// The Coulomb matrix from its quarter (see kernels/digest.hpp).
-MATRIX coulomb_from_blocks(const SHELL_PAIRS_T& data, const BLOCKS& blocks) {
+MATRIX coulomb_from_blocks(const SHELL_PAIRS_T& data, const double* blocks) {
   MATRIX quarter = MATRIX::Zero(data.n_components(), data.n_components());
   for (const PAIR_LIST_T& list : data.lists)
     for (const SHELL_PAIR_T& pair : list.pairs) {
-      const double* in = blocks.data() + pair.block;
+      const double* in = blocks + pair.block;
       for (int a = 0; a < list.na(); ++a)
         for (int b = 0; b < list.nb(); ++b) quarter(pair.first_i + a, pair.first_j + b) = *in++;
     }
   return 2.0 * (quarter + quarter.transpose());
 }
-
-/// Targets of one slot.
-struct TARGETS_T {
-  std::vector<BLOCKS> coulomb;
-  std::vector<MATRIX> exchange;
-};
 
 /// Buffers of one thread.
 struct THREAD_T {
@@ -69,16 +65,18 @@ class STORE_CONTRACTION {
     return thread;
   }
 
-  TARGETS_T make_targets() const {
-    TARGETS_T targets;
-    targets.coulomb.assign(pair_densities_.size(),
-                           BLOCKS(static_cast<std::size_t>(data_.block_doubles) + kernels::MAX_LANES));
-    targets.exchange.assign(for_k_.size(), MATRIX::Zero(data_.n_components(), data_.n_components()));
-    return targets;
+  // The targets of a slot are one vector: component blocks of every Coulomb matrix, then the exchange matrices.
+  Eigen::Index target_size() const { return static_cast<Eigen::Index>(exchange_offset(for_k_.size())); }
+  std::size_t coulomb_offset(std::size_t n) const {
+    return n * (static_cast<std::size_t>(data_.block_doubles) + kernels::MAX_LANES);
+  }
+  std::size_t exchange_offset(std::size_t n) const {
+    const auto size = static_cast<std::size_t>(data_.n_components());
+    return coulomb_offset(pair_densities_.size()) + n * size * size;
   }
 
   /// Segments first .. last, all of one bra.
-  void bra(THREAD_T& thread, const STORE_SEGMENT_T* first, const STORE_SEGMENT_T* last, TARGETS_T& targets) const {
+  void bra(THREAD_T& thread, const STORE_SEGMENT_T* first, const STORE_SEGMENT_T* last, VECTOR& targets) const {
     const PAIR_LIST_T& list = data_.lists[static_cast<std::size_t>(first->bra.list)];
     const SHELL_PAIR_T& bra = list.pairs[static_cast<std::size_t>(first->bra.index)];
     const std::size_t n_ab = static_cast<std::size_t>(list.block_size());
@@ -97,18 +95,19 @@ class STORE_CONTRACTION {
     }
 
     for (std::size_t n = 0; n < for_k_.size(); ++n)
-      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(), targets.exchange[n]);
+      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(),
+                {targets.data() + exchange_offset(n), data_.n_components(), data_.n_components()});
     for (std::size_t n = 0; n < pair_densities_.size(); ++n)
       for (std::size_t ab = 0; ab < n_ab; ++ab) {
         double total = 0.0;
         for (std::size_t lane = 0; lane < lanes; ++lane) total += thread.bra_coulomb[(n * n_ab + ab) * lanes + lane];
-        targets.coulomb[n][static_cast<std::size_t>(bra.block) + ab] += total;
+        targets.data()[coulomb_offset(n) + static_cast<std::size_t>(bra.block) + ab] += total;
       }
   }
 
  private:
   void vectors(THREAD_T& thread, const STORE_SEGMENT_T& segment, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list,
-               const PAIR_LIST_T& kets, TARGETS_T& targets) const {
+               const PAIR_LIST_T& kets, VECTOR& targets) const {
     const int ket_class = kernels::pair_class(kets.la, kets.lb);
     const std::size_t n_j = pair_densities_.size(), n_k = for_k_.size();
     const double* block = store_.values() + segment.offset;
@@ -126,7 +125,7 @@ class STORE_CONTRACTION {
         if (n < n_j) {
           target.pair_density = pair_densities_[n].data();
           target.bra_density = target.pair_density + bra.block;
-          target.pair_coulomb = targets.coulomb[n].data();
+          target.pair_coulomb = targets.data() + coulomb_offset(n);
           target.bra_coulomb = thread.bra_coulomb.data() + n * n_ab * lanes;
         }
         if (n < n_k) {
@@ -143,7 +142,7 @@ class STORE_CONTRACTION {
   }
 
   void scalars(THREAD_T& thread, const STORE_SEGMENT_T& segment, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list,
-               const PAIR_LIST_T& kets, TARGETS_T& targets) const {
+               const PAIR_LIST_T& kets, VECTOR& targets) const {
     const double* block = store_.values() + segment.offset;
     for (int k = 0; k < segment.kets; ++k, block += list.block_size() * kets.block_size()) {
       const SHELL_PAIR_T& ket = kets.pairs[static_cast<std::size_t>(k)];
@@ -151,7 +150,7 @@ class STORE_CONTRACTION {
         digest_scalar_exchange(data_, bra, ket, block, thread.density_panels.data() + n * panel_,
                                thread.exchange_panels.data() + n * panel_);
       for (std::size_t n = 0; n < pair_densities_.size(); ++n)
-        digest_scalar_coulomb(data_, bra, ket, block, pair_densities_[n].data(), targets.coulomb[n].data());
+        digest_scalar_coulomb(data_, bra, ket, block, pair_densities_[n].data(), targets.data() + coulomb_offset(n));
     }
   }
 
@@ -176,32 +175,28 @@ void ERI_STORE_T::contract(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& ker
   first_of_bra.push_back(segments_.data() + segments_.size());
 
   const int threads = omp_get_max_threads();
-  const auto n = static_cast<std::size_t>(data.n_components());
-  const int slots = slot_count(threads, (for_j.size() + for_k.size()) * n * n);
-  std::vector<TARGETS_T> targets(static_cast<std::size_t>(slots));
+  const int slots = slot_count(threads);
+  ORDERED_SUM_T sum(contraction.target_size());
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.push_back(contraction.make_thread());
 
 #pragma omp parallel for schedule(dynamic, 1)
   for (int slot = 0; slot < slots; ++slot) {
-    TARGETS_T& own = targets[static_cast<std::size_t>(slot)];
-    own = contraction.make_targets();
+    THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
+    VECTOR own = sum.take();
     for (std::size_t b = static_cast<std::size_t>(slot); b < n_bras; b += static_cast<std::size_t>(slots))
-      contraction.bra(thread_data[static_cast<std::size_t>(omp_get_thread_num())], first_of_bra[b], first_of_bra[b + 1],
-                      own);
+      contraction.bra(thread, first_of_bra[b], first_of_bra[b + 1], own);
+    sum.give(slot, std::move(own));
   }
 
-  for (std::size_t d = 0; d < for_j.size(); ++d) {
-    BLOCKS& total = targets[0].coulomb[d];
-    for (std::size_t slot = 1; slot < targets.size(); ++slot)
-      for (std::size_t at = 0; at < total.size(); ++at) total[at] += targets[slot].coulomb[d][at];
-    j.push_back(coulomb_from_blocks(data, total));
-  }
+  const double* total = sum.total().data();
+  for (std::size_t d = 0; d < for_j.size(); ++d)
+    j.push_back(coulomb_from_blocks(data, total + contraction.coulomb_offset(d)));
+  const Eigen::Index n = data.n_components();
   for (std::size_t d = 0; d < for_k.size(); ++d) {
-    MATRIX& half = targets[0].exchange[d];
-    for (std::size_t slot = 1; slot < targets.size(); ++slot) half += targets[slot].exchange[d];
-    k.push_back(half + half.transpose());
+    const Eigen::Map<const MATRIX> half(total + contraction.exchange_offset(d), n, n);
+    k.emplace_back(half + half.transpose());
   }
 }
 

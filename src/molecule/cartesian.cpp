@@ -116,6 +116,14 @@ MATRIX transform_rows(const MOLECULE_T& molecule, const MATRIX& input, bool to_c
   return output;
 }
 
+/// Cartesian functions are bare components times a factor each; the matrix with rows and columns times these.
+MATRIX scaled(const MOLECULE_T& molecule, const MATRIX& input) {
+  VECTOR factors(molecule.n_basis);
+  for (const SHELL_T& shell : molecule.shells)
+    factors.segment(shell.first, shell.nfunc) = shell_functions(shell.l, false).diagonal();
+  return factors.asDiagonal() * input * factors.asDiagonal();
+}
+
 }  // namespace
 
 POWERS_T cartesian_powers(int l, int n) {
@@ -143,11 +151,13 @@ std::vector<int> cartesian_offsets(const MOLECULE_T& molecule) {
 }
 
 MATRIX to_cartesian(const MOLECULE_T& molecule, const MATRIX& functions) {
+  if (!molecule.spherical) return scaled(molecule, functions);
   const MATRIX half = transform_rows(molecule, functions, true);
   return transform_rows(molecule, half.transpose(), true).transpose();
 }
 
 MATRIX to_functions(const MOLECULE_T& molecule, const MATRIX& cartesian) {
+  if (!molecule.spherical) return scaled(molecule, cartesian);
   const MATRIX half = transform_rows(molecule, cartesian, false);
   return transform_rows(molecule, half.transpose(), false).transpose();
 }

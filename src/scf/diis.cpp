@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "linalg/lapack.hpp"
@@ -17,6 +18,27 @@ double condition_ratio(const MATRIX& bordered) {
   VECTOR values;
   if (symmetric_eigenvalues(bordered.topLeftCorner(m, m), values) != 0) return 1e30;
   return std::max(std::abs(values(values.size() - 1)), 1e-300) / std::max(std::abs(values(0)), 1e-300);
+}
+
+/// Lower triangles, column after column, what is below the diagonal times `below`.
+std::vector<VECTOR> lower_triangles(const SPIN_MATRICES_T& matrices, double below) {
+  std::vector<VECTOR> triangles;
+  for (const MATRIX& matrix : matrices) {
+    const Eigen::Index n = matrix.rows();
+    VECTOR& packed = triangles.emplace_back(n * (n + 1) / 2);
+    for (Eigen::Index c = 0, at = 0; c < n; at += n - c, ++c) {
+      packed(at) = matrix(c, c);
+      packed.segment(at + 1, n - c - 1) = below * matrix.col(c).tail(n - c - 1);
+    }
+  }
+  return triangles;
+}
+
+/// The symmetric matrix of a lower triangle.
+void unpack(const VECTOR& packed, MATRIX& matrix) {
+  const Eigen::Index n = matrix.rows();
+  for (Eigen::Index c = 0, at = 0; c < n; at += n - c, ++c) matrix.col(c).tail(n - c) = packed.segment(at, n - c);
+  matrix.triangularView<Eigen::StrictlyUpper>() = matrix.transpose();
 }
 
 /// The entries of `values` whose bits are set in `subset`.
@@ -59,13 +81,15 @@ VECTOR minimum_on_simplex(const VECTOR& b, const MATRIX& q) {
 
 void DIIS_T::push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& density, const SPIN_MATRICES_T& error) {
   if (size() == max_entries) entries_.pop_front();
-  entries_.push_back({fock, density, error});
+  entries_.push_back(
+      {lower_triangles(fock, 1.0), lower_triangles(density, 2.0), lower_triangles(error, std::numbers::sqrt2)});
 }
 
 void DIIS_T::combine(const VECTOR& coefficients, SPIN_MATRICES_T& fock) const {
   for (std::size_t s = 0; s < fock.size(); ++s) {
-    fock[s].setZero();
-    for (int i = 0; i < size(); ++i) fock[s] += coefficients(i) * entries_[static_cast<std::size_t>(i)].fock[s];
+    VECTOR sum = VECTOR::Zero(entries_.front().fock[s].size());
+    for (int i = 0; i < size(); ++i) sum += coefficients(i) * entries_[static_cast<std::size_t>(i)].fock[s];
+    unpack(sum, fock[s]);
   }
 }
 
@@ -78,7 +102,7 @@ MATRIX DIIS_T::bordered_matrix() const {
       double product = 0.0;
       const ENTRY_T& first = entries_[static_cast<std::size_t>(i)];
       const ENTRY_T& second = entries_[static_cast<std::size_t>(j)];
-      for (std::size_t s = 0; s < first.error.size(); ++s) product += first.error[s].cwiseProduct(second.error[s]).sum();
+      for (std::size_t s = 0; s < first.error.size(); ++s) product += first.error[s].dot(second.error[s]);
       b(i, j) = b(j, i) = product;
     }
   }
@@ -116,10 +140,10 @@ bool DIIS_T::interpolate(SPIN_MATRICES_T& fock) const {
   const ENTRY_T& newest = entries_.back();
   for (std::size_t s = 0; s < fock.size(); ++s) {
     for (int i = 0; i < m; ++i) {
-      const MATRIX step = entries_[static_cast<std::size_t>(i)].density[s] - newest.density[s];
-      linear(i) += step.cwiseProduct(newest.fock[s]).sum();
+      const VECTOR step = entries_[static_cast<std::size_t>(i)].density[s] - newest.density[s];
+      linear(i) += step.dot(newest.fock[s]);
       for (int j = 0; j < m; ++j)
-        quadratic(i, j) += step.cwiseProduct(entries_[static_cast<std::size_t>(j)].fock[s] - newest.fock[s]).sum();
+        quadratic(i, j) += step.dot(entries_[static_cast<std::size_t>(j)].fock[s] - newest.fock[s]);
     }
   }
   const MATRIX symmetric = 0.5 * (quadratic + quadratic.transpose());

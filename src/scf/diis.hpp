@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <vector>
 
 #include "scf/scf.hpp"
 
@@ -16,7 +17,8 @@ class DIIS_T {
 
   explicit DIIS_T(double condition_max) : condition_max_(condition_max) {}
 
-  /// Stores the Fock matrices of an iteration with their densities and errors; the oldest entry leaves when there are eight.
+  /// Stores the Fock matrices of an iteration with their densities and errors (F and D symmetric, errors antisymmetric); the
+  /// oldest entry leaves when there are eight.
   void push(const SPIN_MATRICES_T& fock, const SPIN_MATRICES_T& density, const SPIN_MATRICES_T& error);
   void reset() { entries_.clear(); }
   int size() const { return static_cast<int>(entries_.size()); }
@@ -39,10 +41,13 @@ class DIIS_T {
   MATRIX bordered_matrix() const;
 
  private:
+  /// Lower triangles, column after column, one vector a channel: the history is most of what a direct run keeps in memory.
+  /// Below the diagonal the densities are doubled and the errors times sqrt 2, so that scalar products of vectors are those
+  /// of the matrices, symmetric or antisymmetric.
   struct ENTRY_T {
-    SPIN_MATRICES_T fock;
-    SPIN_MATRICES_T density;
-    SPIN_MATRICES_T error;
+    std::vector<VECTOR> fock;
+    std::vector<VECTOR> density;
+    std::vector<VECTOR> error;
   };
   void combine(const VECTOR& coefficients, SPIN_MATRICES_T& fock) const;
 

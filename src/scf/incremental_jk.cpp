@@ -22,10 +22,11 @@ bool INCREMENTAL_JK_T::change_is_small(const SPIN_MATRICES_T& densities) const {
 }
 
 INTEGRALS_2E::JK_RESULT_T INCREMENTAL_JK_T::build_for(const SPIN_MATRICES_T& densities, bool exchange) const {
+  const std::span<const MATRIX> channels(densities), none;
+  if (densities.size() == 1) return jk_.build(channels, exchange ? channels : none);
   MATRIX total = densities[0];
   for (std::size_t s = 1; s < densities.size(); ++s) total += densities[s];
-  const std::span<const MATRIX> for_k = exchange ? std::span<const MATRIX>(densities) : std::span<const MATRIX>();
-  return jk_.build(std::span<const MATRIX>(&total, 1), for_k);
+  return jk_.build(std::span<const MATRIX>(&total, 1), exchange ? channels : none);
 }
 
 const INTEGRALS_2E::JK_RESULT_T& INCREMENTAL_JK_T::build(const SPIN_MATRICES_T& densities, bool exchange) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "linalg/lapack.hpp"
 #include "report/stop.hpp"
@@ -156,7 +157,7 @@ class LOOP_T {
     const std::size_t n_channels = result_.channels.size();
     const auto n = geometry_.one_electron.s.rows();
     SPIN_MATRICES_T densities;
-    for (const SPIN_CHANNEL_T& channel : result_.channels) densities.push_back(channel.density);
+    for (SPIN_CHANNEL_T& channel : result_.channels) densities.push_back(std::move(channel.density));
     SPIN_MATRICES_T fock(n_channels, MATRIX::Zero(n, n));
     result_.energy = {};
     result_.energy.nuclear = geometry_.nuclear_repulsion;
@@ -195,8 +196,9 @@ class LOOP_T {
   bool accelerate(const SCF_ROW_T& row, const SPIN_MATRICES_T& densities, const SPIN_MATRICES_T& errors,
                   SPIN_MATRICES_T& fock) {
     diis_.push(fock, densities, errors);
-    SPIN_MATRICES_T descending = fock;
     const double share = descent_share(row);
+    SPIN_MATRICES_T descending;
+    if (share > 0.0) descending = fock;
     const bool interpolated = share > 0.0 && diis_.interpolate(descending);
     const DIIS_T::OUTCOME_T outcome = diis_.extrapolate(fock);
     if (outcome.pruned > 0) observer_.pruned(outcome.pruned, outcome.ratio, static_cast<int>(fock.size()));

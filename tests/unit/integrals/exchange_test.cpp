@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
+#include <array>
+
 #include "integrals/exchange_engine.hpp"
 #include "integrals/integrals_2e.hpp"
+#include "integrals/ordered_sum.hpp"
 #include "molecule/cartesian.hpp"
 #include "support/molecules.hpp"
 #include "two_electron_samples.hpp"
@@ -192,6 +195,21 @@ TEST(EXCHANGE, SCHWARZ_BOUNDS_ARE_RIGOROUS) {
           for (double value : block) EXPECT_LE(std::abs(value), q(s, t) * q(u, v) * (1 + 1e-10) + 1e-15);
         }
     }
+}
+
+TEST(EXCHANGE, SLOTS_ARE_ADDED_IN_THEIR_ORDER) {
+  // 1e16 + 1 - 1e16 depends on the order.
+  const double values[] = {1e16, 1.0, -1e16, 1.0};
+  for (const auto& order : {std::array{0, 1, 2, 3}, std::array{3, 2, 1, 0}, std::array{1, 3, 0, 2}}) {
+    ORDERED_SUM_T sum(2);
+    for (const int slot : order) {
+      VECTOR part = sum.take();
+      EXPECT_EQ(part, VECTOR::Zero(2));
+      part(1) += values[slot];
+      sum.give(slot, std::move(part));
+    }
+    EXPECT_EQ(sum.total(), VECTOR::Unit(2, 1));
+  }
 }
 
 TEST(EXCHANGE, SAME_DIGITS_FOR_THE_SAME_THREADS_AND_CLOSE_FOR_OTHERS) {
