@@ -88,8 +88,38 @@ void quartet_class(benchmark::State& state, int la, int lb, int lc, int ld, int 
   const auto time_per = [&](double per_iteration) {
     return benchmark::Counter(per_iteration, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   };
+  const auto size = [](int l) { return static_cast<double>(n_cartesian(l)); };
+  state.counters["integrals"] = benchmark::Counter(kernels.lanes * size(la) * size(lb) * size(lc) * size(ld),
+                                                   benchmark::Counter::kIsIterationInvariantRate);
   state.counters["quartet"] = time_per(kernels.lanes);
   state.counters["primitive"] = time_per(kernels.lanes * std::pow(n_primitives, 4));
+}
+
+constexpr int FMA_CHAINS = 12;
+using EIGHT __attribute__((vector_size(64))) = double;
+
+/// x <- a x + b in chains that do not wait for each other, as wide as the processor can.
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]] void run_chains(EIGHT* x, int steps) {
+  const EIGHT a = EIGHT{} + 0.999, b = EIGHT{} + 0.001;
+  EIGHT chain[FMA_CHAINS];
+  for (int c = 0; c < FMA_CHAINS; ++c) chain[c] = x[c];
+  for (int n = 0; n < steps; ++n) {
+#pragma GCC unroll 12
+    for (int c = 0; c < FMA_CHAINS; ++c) chain[c] = chain[c] * a + b;
+  }
+  for (int c = 0; c < FMA_CHAINS; ++c) x[c] = chain[c];
+}
+
+/// What one thread can do at most, operations a second.
+void peak(benchmark::State& state) {
+  constexpr int steps = 1000;
+  std::vector<EIGHT> x(FMA_CHAINS, EIGHT{} + 0.5);
+  for (auto _ : state) {
+    run_chains(x.data(), steps);
+    benchmark::ClobberMemory();
+  }
+  state.counters["operations"] =
+      benchmark::Counter(2.0 * 8 * FMA_CHAINS * steps, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 enum class PART { setup, j, k, stored };
@@ -119,6 +149,7 @@ void register_all() {
           std::string("quartet/") + LETTERS[c[0]] + LETTERS[c[1]] + LETTERS[c[2]] + LETTERS[c[3]] + "/" + std::to_string(n);
       benchmark::RegisterBenchmark(name.c_str(), quartet_class, c[0], c[1], c[2], c[3], n);
     }
+  benchmark::RegisterBenchmark("peak/fma", peak);
   struct CASE_T {
     const char* name;
     std::string geometry, basis;
