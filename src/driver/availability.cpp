@@ -33,7 +33,6 @@ std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT
   if (functional.is_mp2() && input.job != JOB::energy && input.job != JOB::scan && input.job != JOB::bsse)
     return fmt::format("%job {} with %method {}", INPUT_PARSER::job_word(input.job), functional.name);
   if (input.pump2) return "%pump2";
-  if (input.xc_deriv == INPUT_PARSER::DERIVATIVE::numerical && !functional.is_hartree_fock()) return "%xc_deriv numerical";
   if (input.dispersion == "D4") return fmt::format("%dispersion {}", input.dispersion);
   if (input.solvent_given || input.eps_given || input.pcm_given) return "continuum solvation (%solvent, %eps, %pcm)";
   return missing_for_hessian(input);

@@ -64,6 +64,11 @@ void print_missing(const std::string& feature, std::ostream& report) {
   fmt::print(report, " *** ERROR: Not available in this version: {}.\n", feature);
 }
 
+void print_xc_deriv_unused(std::ostream& report) {
+  fmt::print(report, "   NOTE: %xc_deriv numerical changes nothing here: no job of this version needs second derivatives\n");
+  fmt::print(report, "         of the functional, and first ones are always analytical.\n");
+}
+
 void print_no_memory(int n_basis, double needed_mb, double machine_mb, std::ostream& report) {
   fmt::print(report, " *** ERROR: Not enough memory: the matrices of {} basis functions take some {:.0f} MB,\n", n_basis,
              needed_mb);

@@ -20,6 +20,8 @@ void print_fewer_threads(int wanted, int used, std::ostream& report);
 void print_fatal(const std::string& what, int code, std::ostream& report);
 /// The line for a request that this version cannot serve.
 void print_missing(const std::string& feature, std::ostream& report);
+/// Told when numerical second derivatives of the functional were asked for.
+void print_xc_deriv_unused(std::ostream& report);
 /// The line for a molecule whose matrices do not fit into the machine.
 void print_no_memory(int n_basis, double needed_mb, double machine_mb, std::ostream& report);
 /// The lines for a transition-state search on a correlated surface.

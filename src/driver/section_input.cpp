@@ -61,6 +61,7 @@ int set_up_method(RUN_T& run, std::ostream& report) {
   if (const int error = DFT::set_up_functional(run.input.method_as_written, run.functional, report); error != 0)
     return error;
   DFT::print_functional(run.functional, report);
+  if (run.input.xc_deriv == INPUT_PARSER::DERIVATIVE::numerical) print_xc_deriv_unused(report);
   if (run.functional.is_mp2() && (run.input.job == JOB::ts || run.input.job == JOB::ts_freq)) {
     print_no_ts_with_mp2(report);
     return 1;

@@ -173,7 +173,7 @@ std::vector<KEYWORD_T> functional_and_correlation_rows() {
        "Integration grid of density functionals.",
        "fine | ultrafine | tm | g09 | orca7 | <integer 1..10>"},
       {"XC_DERIV", {}, xc_deriv(), "analytical",
-       "Derivatives of the exchange-correlation functional; numerical ones are not available in this version.",
+       "Second derivatives of the exchange-correlation functional, which no job of this version needs yet.",
        "analytical (anal/exact) | numerical (num/fd)"},
       {"FROZEN_CORE", {"NFROZEN"}, integer_in(&IN::frozen_core, -1, 2147483647), "-1",
        "Orbitals left uncorrelated in MP2.",

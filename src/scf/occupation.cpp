@@ -65,31 +65,63 @@ void turn_to_functions(Eigen::Index first, Eigen::Index count, bool take_last, M
   }
 }
 
+/// Columns [first, end) of the orbitals that are degenerate with the last occupied and the first empty one; none when these
+/// two differ.
+struct DEGENERATE_SHELL_T {
+  Eigen::Index first = 0;
+  Eigen::Index end = 0;
+  Eigen::Index size() const { return end - first; }
+};
+DEGENERATE_SHELL_T open_shell_of(const SPIN_CHANNEL_T& channel) {
+  const Eigen::Index lumo = channel.n_occupied;
+  const VECTOR& e = channel.energies;
+  if (lumo == 0 || lumo >= e.size() || e(lumo) - e(lumo - 1) > degenerate) return {};
+  DEGENERATE_SHELL_T shell{lumo - 1, lumo + 1};
+  while (shell.first > 0 && e(shell.first) - e(shell.first - 1) < degenerate) --shell.first;
+  while (shell.end < e.size() && e(shell.end) - e(shell.end - 1) < degenerate) ++shell.end;
+  return shell;
+}
+
 /// Where the last occupied and the first empty orbital are degenerate, rounding would choose the orbitals that are filled,
 /// and the result would depend on the number of threads. The energy on a grid depends a little (1e-6 hartree) on how the
 /// open shell of an atom lies in it: an arbitrary direction is not stationary, and the way to a stationary one is so flat
 /// that runs do not reach it. So orbitals are turned to the axes, where the functions lie, and the first of them is filled.
 /// True: there was such a shell.
 bool align_open_shell(bool take_last, SPIN_CHANNEL_T& channel) {
-  const Eigen::Index lumo = channel.n_occupied;
-  const VECTOR& e = channel.energies;
-  if (lumo == 0 || lumo >= e.size() || e(lumo) - e(lumo - 1) > degenerate) return false;
-  Eigen::Index first = lumo - 1;
-  while (first > 0 && e(first) - e(first - 1) < degenerate) --first;
-  Eigen::Index end = lumo + 1;
-  while (end < e.size() && e(end) - e(end - 1) < degenerate) ++end;
-  turn_to_functions(first, end - first, take_last, channel.orbitals);
+  const DEGENERATE_SHELL_T shell = open_shell_of(channel);
+  if (shell.size() == 0) return false;
+  turn_to_functions(shell.first, shell.size(), take_last, channel.orbitals);
+  return true;
+}
+
+/// Fills a degenerate open shell evenly, so that the density has the symmetry of the nuclei. True: there was such a shell.
+bool spread_over_open_shell(SPIN_CHANNEL_T& channel) {
+  const DEGENERATE_SHELL_T shell = open_shell_of(channel);
+  if (shell.size() == 0) return false;
+  const auto electrons = static_cast<double>(channel.n_occupied - shell.first);
+  channel.n_occupied = static_cast<int>(shell.end);
+  channel.occupations = VECTOR::Ones(shell.end);
+  channel.occupations.tail(shell.size()).setConstant(electrons / static_cast<double>(shell.size()));
   return true;
 }
 
 class LOWEST_T : public OCCUPATION_RULE_T {
  public:
-  /// A pair of electrons in two degenerate orbitals takes both alike: two equal atoms far apart must not become ions.
-  bool occupy(int /*iteration*/, std::size_t /*spin*/, SPIN_CHANNEL_T& channel) override {
+  explicit LOWEST_T(int pairs) : pairs_(pairs) {}
+
+  /// A pair of electrons in two degenerate orbitals takes both alike: two equal atoms far apart must not become ions. In the
+  /// guess, whose order of orbitals means little, the whole shell is filled evenly: a choice among its orbitals would break
+  /// a symmetry that the run may never find back to.
+  bool occupy(int iteration, std::size_t /*spin*/, SPIN_CHANNEL_T& channel) override {
+    channel.n_occupied = pairs_;
+    if (iteration == 0 && spread_over_open_shell(channel)) return false;
     if (align_open_shell(true, channel)) mix_frontier(channel);
     fill_lowest(channel);
     return false;
   }
+
+ private:
+  int pairs_;
 };
 
 /// Unrestricted runs: lowest orbitals or those that overlap most with the previous occupied ones (A. T. B. Gilbert, N. A.
@@ -201,7 +233,7 @@ std::unique_ptr<OCCUPATION_RULE_T> make_occupation_rule(const MOLECULE_T& molecu
                                                         const SCF_START_T& start, const MATRIX& overlap,
                                                         SCF_OBSERVER_T& observer) {
   if (!settings.atomic_filling.empty()) return std::make_unique<ATOMIC_T>(molecule, settings.atomic_filling);
-  if (!molecule.unrestricted) return std::make_unique<LOWEST_T>();
+  if (!molecule.unrestricted) return std::make_unique<LOWEST_T>(molecule.n_alpha);
   // A singlet that may break its spin symmetry needs a start that has broken it.
   const bool mix_start =
       settings.occupation == OCCUPATION::mix && molecule.n_alpha == molecule.n_beta && !start.from_converged_run;

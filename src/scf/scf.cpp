@@ -21,9 +21,10 @@ using INPUT_PARSER::LEVEL_SHIFT;
 
 constexpr double small_overlap = 1e-8;
 /// The guard against oscillation acts with more stored entries than this, once |g| is within this factor of its tolerance,
-/// when max(dP) grows by more than this factor.
+/// when max(dP) grows by more than this factor. Further away a large step is no harm: along the flat directions of open d
+/// shells a fresh start of DIIS undoes ten iterations each time.
 constexpr int oscillation_entries = 4;
-constexpr double oscillation_nearness = 10.0;
+constexpr double oscillation_nearness = 1.0;
 constexpr double oscillation_rise = 5.0;
 /// A run is led downhill wholly above the upper and not at all below the lower value of |g| (of one channel): a poor start
 /// at first, later any that has not come near a stationary point.

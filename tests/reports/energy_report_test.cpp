@@ -133,10 +133,12 @@ TEST(EnergyReport, OpenShellsRunUnrestrictedFromAtomicDensities) {
 }
 
 TEST(EnergyReport, DensityFunctionalsBuildAGridAndCheckIt) {
-  const PROGRAM_RUN_T run = run_program_in_folder("%method b3lyp5\n%basis 6-31G*\n%print_time\n" + water_geometry);
+  const PROGRAM_RUN_T run =
+      run_program_in_folder("%method b3lyp5\n%basis 6-31G*\n%print_time\n%xc_deriv num\n" + water_geometry);
   ASSERT_EQ(run.status, 0) << run.report;
   expect_in_order(
       run, {"   Functional:       B3LYP5\n   Class:            Hybrid\n   HF exchange:       20.00 %\n",
+            "   NOTE: %xc_deriv numerical changes nothing here: ",
             " --- Building DFT integration grid ---\n   Grid               : Gaussian Fine\n",
             "   Angular sizes      : 50 / 86 / 266 / 302 / 266\n",
             " --- Section 3: SCF ---\n   Initial guess:             core Hamiltonian\n",

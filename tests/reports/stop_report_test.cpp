@@ -39,7 +39,6 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
       {"%job opt\n%method ump2\n", missing("%job opt with %method UMP2")},
       {"%method ump2\n%pump2\n", missing("%pump2")},
       {"%pump2\n", missing("%pump2")},
-      {"%method pbe\n%xc_deriv num\n", missing("%xc_deriv numerical")},
       {"%dispersion d4\n", missing("%dispersion D4")},
       {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},

@@ -70,8 +70,9 @@ TEST(DFT_GRID_OF_CASES, AgreesWithAnIndependentProgram) {
     const double expected = entry["energy"].get<double>();
     const RUN_T fine = run(molecule, entry["method"], 6);
     EXPECT_TRUE(fine.scf.converged);
-    // The meta-GGA asks more of a grid: with 75 radial points the chlorine atom alone leaves 6e-5.
-    EXPECT_NEAR(fine.scf.energy.total(), expected, entry["method"] == "R2SCAN" ? 1e-4 : 5e-5);
+    // 75 radial points do not resolve the shells of chlorine for the meta-GGA: 5.5e-5 hartree.
+    const bool hardest = entry["method"] == "R2SCAN" && entry["molecule"] == "HCl";
+    EXPECT_NEAR(fine.scf.energy.total(), expected, hardest ? 6e-5 : 5e-5);
     EXPECT_NEAR(fine.electrons, molecule.n_electrons, 1e-5 * molecule.n_electrons);
     if (!run_long && number++ % 5 != 0) continue;
     const RUN_T ultrafine = run(molecule, entry["method"], 7);

@@ -108,7 +108,7 @@ TEST(SAD_GUESS, GivesAtomsTheirOwnEnergyAndASphericalDensity) {
 }
 
 TEST(SAD_GUESS, ConvergesForEveryElementOfTheSmallBasis) {
-  for (int z = 1; z <= 36; ++z) {
+  for (int z = 1; z <= 55; ++z) {
     const int charge = 0;
     const int multiplicity = z % 2 == 0 ? 1 : 2;
     const GUESS_T guess =
