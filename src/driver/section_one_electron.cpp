@@ -33,9 +33,6 @@ int section_one_electron(RUN_T& run, std::ostream& report) {
     run.one_electron = INTEGRALS_1E::compute_one_electron(run.molecule, report);
   }
   if (matrices_wanted()) print_matrices(run.one_electron, report);
-  // The parts of H_core are not asked for again.
-  run.one_electron.t.resize(0, 0);
-  run.one_electron.v.resize(0, 0);
   print_section_end("Section 2 complete. S, T, V, H_core computed.", 2, timer_wall(STAGE::integrals_1e), report);
   return 0;
 }

@@ -154,23 +154,15 @@ std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOI
   const DIRECT_BUILD build(data, kernels, densities, threshold);
   const std::vector<BRA_T> order = bra_order(data);
   const int threads = omp_get_max_threads();
-  const int slots = slot_count(threads);
-  ORDERED_SUM_T halves(static_cast<Eigen::Index>(n_densities) * n * n);
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_densities);
-
-#pragma omp parallel for schedule(dynamic, 1)
-  for (int slot = 0; slot < slots; ++slot) {
-    THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
-    VECTOR targets = halves.take();
-    for (std::size_t b = static_cast<std::size_t>(slot); b < order.size(); b += static_cast<std::size_t>(slots))
-      build.bra(thread, order[b], targets);
-    halves.give(slot, std::move(targets));
-  }
+  const VECTOR halves = sum_in_order(
+      order.size(), static_cast<Eigen::Index>(n_densities) * n * n,
+      [&](std::size_t thread, std::size_t b, VECTOR& targets) { build.bra(thread_data[thread], order[b], targets); });
 
   std::vector<MATRIX> exchange;
-  const double* half = halves.total().data();
+  const double* half = halves.data();
   for (std::size_t d = 0; d < n_densities; ++d, half += n * n) {
     const Eigen::Map<const MATRIX> triangle(half, n, n);
     exchange.emplace_back(triangle + triangle.transpose());

@@ -8,6 +8,7 @@
 #include "integrals/gradient_2e.hpp"
 #include "integrals/gradient_bounds.hpp"
 #include "integrals/kernels/gradient_kernels.hpp"
+#include "integrals/ordered_sum.hpp"
 #include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
@@ -181,19 +182,12 @@ VECTOR exchange_gradient(const MOLECULE_T& molecule, std::span<const MATRIX> den
 
   const std::vector<BRA_T> order = bra_order(data);
   const int threads = omp_get_max_threads();
-  const int slots = slot_count(threads);
-  std::vector<VECTOR> parts(static_cast<std::size_t>(slots), VECTOR::Zero(n_values));
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, quartets.lanes, static_cast<int>(densities.size()));
-#pragma omp parallel for schedule(dynamic, 1)
-  for (int slot = 0; slot < slots; ++slot) {
-    THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
-    for (std::size_t n = static_cast<std::size_t>(slot); n < order.size(); n += static_cast<std::size_t>(slots))
-      build.bra(thread, order[n], parts[static_cast<std::size_t>(slot)]);
-  }
-  VECTOR gradient = VECTOR::Zero(n_values);
-  for (const VECTOR& part : parts) gradient += part;
+  const VECTOR gradient = sum_in_order(order.size(), n_values, [&](std::size_t thread, std::size_t n, VECTOR& part) {
+    build.bra(thread_data[thread], order[n], part);
+  });
   return 2.0 * gradient;  // a quartet's block stands for eight, the energy for one half
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <omp.h>
+
+#include <cstddef>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -43,8 +46,8 @@ class ORDERED_SUM_T {
     }
   }
 
-  /// The sum over all slots handed in.
-  const VECTOR& total() const { return total_; }
+  /// The sum over all slots handed in; afterwards the object is empty.
+  VECTOR take_total() { return std::move(total_); }
 
  private:
   std::mutex mutex_;
@@ -53,5 +56,25 @@ class ORDERED_SUM_T {
   std::map<int, VECTOR> waiting_;  ///< handed in, but an earlier one is missing
   std::vector<VECTOR> spare_;
 };
+
+/// Sum of `size` numbers to which work(thread, item, target) adds what item 0 .. n_items - 1 contributes, threaded. Item n
+/// always goes to slot n mod slots, a slot is worked off in order by one thread (number `thread`, for buffers of its own),
+/// and slots are added in order: equal thread counts give equal digits whichever thread takes which slot. More slots than
+/// threads balance the load.
+template <class WORK>
+VECTOR sum_in_order(std::size_t n_items, Eigen::Index size, const WORK& work) {
+  constexpr int slots_per_thread = 16;
+  const int threads = omp_get_max_threads();
+  const int slots = threads == 1 ? 1 : slots_per_thread * threads;
+  ORDERED_SUM_T sum(size);
+#pragma omp parallel for schedule(dynamic, 1)
+  for (int slot = 0; slot < slots; ++slot) {
+    VECTOR target = sum.take();
+    for (auto item = static_cast<std::size_t>(slot); item < n_items; item += static_cast<std::size_t>(slots))
+      work(static_cast<std::size_t>(omp_get_thread_num()), item, target);
+    sum.give(slot, std::move(target));
+  }
+  return sum.take_total();
+}
 
 }  // namespace zentrix::INTEGRALS_2E

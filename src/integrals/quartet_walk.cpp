@@ -36,8 +36,6 @@ kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* 
   return batch;
 }
 
-int slot_count(int threads) { return threads == 1 ? 1 : 16 * threads; }
-
 MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities) {
   const int n = data.n_shells();
   MATRIX maxima = MATRIX::Zero(n, n);

@@ -32,11 +32,6 @@ int surviving_kets(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list, do
 /// 0.
 kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* kets, int count, double primitive_cutoff);
 
-/// Number of slots of a threaded build. Bra number n always goes to slot n mod slots, a slot is worked off in order by one
-/// thread at a time, and slots are added in order (ORDERED_SUM_T), so equal thread counts give equal digits whichever thread
-/// takes which slot. More slots than threads balance the load.
-int slot_count(int threads);
-
 /// Largest |D_ab| of every shell block over all densities, for components of self-overlap 1; nshell x nshell.
 MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities);
 

@@ -175,22 +175,14 @@ void ERI_STORE_T::contract(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& ker
   first_of_bra.push_back(segments_.data() + segments_.size());
 
   const int threads = omp_get_max_threads();
-  const int slots = slot_count(threads);
-  ORDERED_SUM_T sum(contraction.target_size());
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
   for (int t = 0; t < threads; ++t) thread_data.push_back(contraction.make_thread());
+  const VECTOR sum = sum_in_order(n_bras, contraction.target_size(), [&](std::size_t thread, std::size_t b, VECTOR& own) {
+    contraction.bra(thread_data[thread], first_of_bra[b], first_of_bra[b + 1], own);
+  });
 
-#pragma omp parallel for schedule(dynamic, 1)
-  for (int slot = 0; slot < slots; ++slot) {
-    THREAD_T& thread = thread_data[static_cast<std::size_t>(omp_get_thread_num())];
-    VECTOR own = sum.take();
-    for (std::size_t b = static_cast<std::size_t>(slot); b < n_bras; b += static_cast<std::size_t>(slots))
-      contraction.bra(thread, first_of_bra[b], first_of_bra[b + 1], own);
-    sum.give(slot, std::move(own));
-  }
-
-  const double* total = sum.total().data();
+  const double* total = sum.data();
   for (std::size_t d = 0; d < for_j.size(); ++d)
     j.push_back(coulomb_from_blocks(data, total + contraction.coulomb_offset(d)));
   const Eigen::Index n = data.n_components();

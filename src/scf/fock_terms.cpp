@@ -85,7 +85,11 @@ GEOMETRY_DATA_T::GEOMETRY_DATA_T(const MOLECULE_T& molecule_in, INTEGRALS_1E::ON
     : molecule(molecule_in),
       one_electron(std::move(one_electron_in)),
       jk(molecule),
-      nuclear_repulsion(zentrix::nuclear_repulsion(molecule)) {}
+      nuclear_repulsion(zentrix::nuclear_repulsion(molecule)) {
+  // An SCF asks for S and H_core alone.
+  one_electron.t.resize(0, 0);
+  one_electron.v.resize(0, 0);
+}
 
 std::vector<std::unique_ptr<FOCK_TERM_T>> energy_terms(GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional,
                                                        int memory_limit_mb) {

@@ -85,7 +85,7 @@ SCF_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input);
 struct GEOMETRY_DATA_T {
   GEOMETRY_DATA_T(const MOLECULE_T& molecule, INTEGRALS_1E::ONE_ELECTRON_T one_electron);
   MOLECULE_T molecule;
-  INTEGRALS_1E::ONE_ELECTRON_T one_electron;
+  INTEGRALS_1E::ONE_ELECTRON_T one_electron;  ///< S and H_core; T and V, which no SCF asks for, are dropped
   INTEGRALS_2E::JK_BUILDER jk;
   DFT_GRID::MOLECULAR_GRID_T grid;  ///< empty unless a density functional needs it
   double nuclear_repulsion = 0.0;   ///< hartree

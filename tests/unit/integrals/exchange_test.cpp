@@ -208,7 +208,7 @@ TEST(EXCHANGE, SLOTS_ARE_ADDED_IN_THEIR_ORDER) {
       part(1) += values[slot];
       sum.give(slot, std::move(part));
     }
-    EXPECT_EQ(sum.total(), VECTOR::Unit(2, 1));
+    EXPECT_EQ(sum.take_total(), VECTOR::Unit(2, 1));
   }
 }
 
