@@ -3,12 +3,12 @@
 #include <cmath>
 #include <cstdlib>
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/program_run.hpp"
+#include "support/reference.hpp"
 
 using namespace zentrix;
 
@@ -54,7 +54,7 @@ TEST(ScanReport, WaterBendingOnTheMp2Surface) {
 
 // tests/reference/make_scan_references.py: every point of a bending, of a torsion with a stretch, of a relaxed torsion.
 TEST(ScanReport, EveryPointOfAnIndependentProgram) {
-  const nlohmann::json cases = nlohmann::json::parse(file_text(ZENTRIX_SOURCE_DIR "/tests/reference/scans.json"));
+  const nlohmann::json cases = TESTS::reference("scans");
   ASSERT_EQ(cases.size(), 3U);
   for (const auto& entry : cases) {
     std::string input = entry["input"];

@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "support/program_run.hpp"
+#include "support/reference.hpp"
 
 using namespace zentrix;
 
@@ -39,8 +38,7 @@ TEST(TransitionStateReport, FindsAndValidatesThePublishedSaddlePoint) {
 /// Where symmetry takes every force from the way over the barrier, on the top of it and in the valley: energies of the peer
 /// for the flat and for the eclipsed molecule.
 TEST(TransitionStateReport, SymmetricStartsEndOnTheBarrier) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/transition_states.json");
-  const nlohmann::json references = nlohmann::json::parse(file);
+  const nlohmann::json references = TESTS::reference("transition_states");
   for (const nlohmann::json& reference : references["symmetric"]) {
     std::string lines = reference["atoms"];
     std::replace(lines.begin(), lines.end(), ';', '\n');

@@ -2,23 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 
 #include "gradients/scf_surface.hpp"
 #include "support/molecules.hpp"
+#include "support/reference.hpp"
 
 // Energy surfaces of sample molecules and of the cases in tests/reference.
 
 namespace zentrix::TESTS {
-
-/// The cases of tests/reference/<name>.json.
-inline nlohmann::json reference(const std::string& name) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/" + name + ".json");
-  return nlohmann::json::parse(file);
-}
 
 /// What an SCF surface refers to.
 struct SURFACE_CASE_T {

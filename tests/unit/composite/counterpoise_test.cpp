@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -11,6 +9,7 @@
 #include "dft/functional_catalogue.hpp"
 #include "gradients/mp2_surface.hpp"
 #include "support/molecules.hpp"
+#include "support/reference.hpp"
 
 using namespace zentrix;
 using COMPOSITE::COUNTERPOISE_T;
@@ -158,8 +157,7 @@ TEST(Counterpoise, AFailedStepEndsTheJobWithoutASummary) {
 }
 
 TEST(Counterpoise, EnergiesOfAnIndependentProgram) {
-  std::ifstream file("tests/reference/counterpoise.json");
-  const nlohmann::json cases = nlohmann::json::parse(file);
+  const nlohmann::json cases = TESTS::reference("counterpoise");
   for (const auto& entry : cases) {
     SCOPED_TRACE(entry["complex"].get<std::string>() + " " + entry["method"].get<std::string>());
     // Kohn-Sham energies carry the error of the grid, most of which leaves the differences.

@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include <fstream>
-#include <nlohmann/json.hpp>
-
 #include "correlation/half_transformation.hpp"
 #include "correlation/mp2.hpp"
 #include "report/stop.hpp"
 #include "scf/guess.hpp"
 #include "scf/scf_observer.hpp"
 #include "support/molecules.hpp"
+#include "support/reference.hpp"
 
 namespace {
 
@@ -53,8 +51,7 @@ const std::string hydroxyl = "O 0 0 0\nH 0 0 0.9697\n";
 
 // tests/reference/make_mp2_references.py: closed and open shells, frozen and full cores, s to g functions of either kind.
 TEST(MP2, AgreesWithAnIndependentProgram) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/mp2.json");
-  const nlohmann::json cases = nlohmann::json::parse(file);
+  const nlohmann::json cases = TESTS::reference("mp2");
   ASSERT_GT(cases.size(), 30U);
   int spins = 0;
   for (const auto& entry : cases) {
