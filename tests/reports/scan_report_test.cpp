@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "support/program_run.hpp"
 #include "support/reference.hpp"
@@ -37,17 +33,16 @@ SCAN_RUN_T run_scan(const std::string& input) {
 }  // namespace
 
 TEST(ScanReport, WaterBendingOnTheMp2Surface) {
-  const PROGRAM_RUN_T run = run_program_in_folder("%job scan\n%method mp2\n%basis 6-31G*\n" + water("104.5") + bending);
-  ASSERT_EQ(run.status, 0) << run.report;
   const std::string rule(55, '='), line(61, '-');
-  expect_in_order(
-      run, {" " + rule + "\n  Rigid PES scan\n " + rule + "\n", "   Sweep variables: 1,   total grid points: 4\n",
-            "     var 1: angle A, row 3, from 95.0000 to 125.0000 deg  (4 points)\n",
-            " " + line + "\n Scan point 1\n " + line + "\n", "   SCF converged in ", "   MP2 correlation:    ",
-            "   MP2 total:          ", "   --- scan point 1: E = ", "         var 1 (A): 95.0000 deg\n", " Scan point 2\n",
-            "   Initial Fock matrix:       previous density\n", "   --- scan point 4: E = ", "  Rigid PES scan -- summary\n",
-            "   Point      A(deg)         E(Ha)       dE(kcal/mol)\n", "       4     125.0000   ", "   Minimum energy:  ",
-            "     at var 1 (A) = 105.0000 deg\n", "   Scan points written to: run.scan\n", "  Zentrix run completed.\n"});
+  const PROGRAM_RUN_T run = expect_report(
+      "%job scan\n%method mp2\n%basis 6-31G*\n" + water("104.5") + bending,
+      {" " + rule + "\n  Rigid PES scan\n " + rule + "\n", "   Sweep variables: 1,   total grid points: 4\n",
+       "     var 1: angle A, row 3, from 95.0000 to 125.0000 deg  (4 points)\n",
+       " " + line + "\n Scan point 1\n " + line + "\n", "   SCF converged in ", "   MP2 correlation:    ",
+       "   MP2 total:          ", "   --- scan point 1: E = ", "         var 1 (A): 95.0000 deg\n", " Scan point 2\n",
+       "   Initial Fock matrix:       previous density\n", "   --- scan point 4: E = ", "  Rigid PES scan -- summary\n",
+       "   Point      A(deg)         E(Ha)       dE(kcal/mol)\n", "       4     125.0000   ", "   Minimum energy:  ",
+       "     at var 1 (A) = 105.0000 deg\n", "   Scan points written to: run.scan\n", "  Zentrix run completed.\n"});
   const PROGRAM_RUN_T single = run_program_in_folder("%method mp2\n%basis 6-31G*\n" + water("115"));
   EXPECT_NEAR(run.number("   --- scan point 3: E = "), single.number("     Total energy:      "), 1e-7);
 }
@@ -75,38 +70,32 @@ TEST(ScanReport, EveryPointOfAnIndependentProgram) {
 }
 
 TEST(ScanReport, FailuresAreMarkedOrEndTheJob) {
-  const PROGRAM_RUN_T unconverged = run_program_in_folder("%job scan\n%scf_maxiter 2\n" + water("104.5") + bending);
-  EXPECT_EQ(unconverged.status, 3) << unconverged.report;
-  expect_in_order(unconverged, {"  **\n", "   Minimum energy:  none (no point converged)\n",
-                                "   ** = SCF did not converge at this point.\n", "  Zentrix run completed.\n"});
+  expect_report("%job scan\n%scf_maxiter 2\n" + water("104.5") + bending,
+                {"  **\n", "   Minimum energy:  none (no point converged)\n",
+                 "   ** = SCF did not converge at this point.\n", "  Zentrix run completed.\n"},
+                3);
   // Completed points stand in the report and in the side file.
   const SCAN_RUN_T coincident = run_scan("%job scan\n" + water("104.5") + "%scan\nA 3 from 60 to 0 step 30\n*end\n");
   EXPECT_EQ(coincident.program.status, 1);
-  expect_in_order(coincident.program,
+  expect_in_order(coincident.program.report,
                   {"   --- scan point 2: E = ", " Scan point 3\n", "   Scan points written to: run.scan\n",
                    " *** ERROR: scan: cannot build geometry at point 3\n"});
   EXPECT_EQ(coincident.rows.size(), 2U);
 }
 
 TEST(ScanReport, RelaxedScanOfTheWaterAngle) {
-  const PROGRAM_RUN_T run =
-      run_program_in_folder("%job scanopt\n" + water("104.5") + "%scan\nA 3 from 95 to 105 step 10\n*end\n");
-  ASSERT_EQ(run.status, 0) << run.report;
-  expect_in_order(run,
-                  {"  Relaxed PES scan\n", " Scanopt point 1\n", "   (constrained optimization)\n", "  MOLECULE SUMMARY\n",
-                   "   --- scanopt point 1: E = ", " opt steps)\n         var 1 (A): 95.0000 deg\n", " Scanopt point 2\n",
-                   "   --- scanopt point 2: E = ", "  Relaxed PES scan -- summary\n"});
+  expect_report("%job scanopt\n" + water("104.5") + "%scan\nA 3 from 95 to 105 step 10\n*end\n",
+                {"  Relaxed PES scan\n", " Scanopt point 1\n", "   (constrained optimization)\n", "  MOLECULE SUMMARY\n",
+                 "   --- scanopt point 1: E = ", " opt steps)\n         var 1 (A): 95.0000 deg\n", " Scanopt point 2\n",
+                 "   --- scanopt point 2: E = ", "  Relaxed PES scan -- summary\n"});
 }
 
 // The distance of the hydrogen atoms is no Z-matrix value: the torsion would carry it along.
 TEST(ScanReport, ConstraintsOfARelaxedScan) {
-  const PROGRAM_RUN_T held =
-      run_program_in_folder("%job scanopt\n" + peroxide + "%scan\nD 4 100 120 10\n*end\n%constrain\nB 3 4\nB 2 1\n*end\n");
-  ASSERT_EQ(held.status, 0) << held.report;
-  std::size_t at = 0;
-  for (int point = 1; point <= 3; ++point) {
-    at = held.report.find("   ADDED (R = 4.546859 bohr)\n", at + 1);
-    ASSERT_NE(at, std::string::npos) << held.report;
+  const std::string added = "   ADDED (R = 4.546859 bohr)\n";
+  const PROGRAM_RUN_T held = expect_report(
+      "%job scanopt\n" + peroxide + "%scan\nD 4 100 120 10\n*end\n%constrain\nB 3 4\nB 2 1\n*end\n", {added, added, added});
+  for (std::size_t at = held.report.find(added); at != std::string::npos; at = held.report.find(added, at + 1)) {
     // The coordinates of atoms 3 and 4 in the last geometry before the end of the point.
     std::istringstream rows(
         held.report.substr(held.report.rfind("      3  H ", held.report.find("   --- scanopt point", at))));

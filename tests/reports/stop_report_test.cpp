@@ -1,27 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "support/program_run.hpp"
 
 using namespace zentrix;
 
 namespace {
 
-const std::string water = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -0.4692\n*end\n";
-
-struct STOP_CASE_T {
-  std::string input;
-  std::string last_lines;
-};
-
-/// The run ends with these very lines and status 1, after which neither end lines nor files follow.
-void expect_stop(const STOP_CASE_T& stop) {
-  const PROGRAM_RUN_T run = run_program_in_folder(stop.input + "%print_time\n" + water);
-  EXPECT_EQ(run.status, 1) << run.report;
-  EXPECT_TRUE(run.ends_with(stop.last_lines)) << "expected at the end:\n" << stop.last_lines << "\nin\n" << run.report;
-  EXPECT_EQ(run.files, std::vector<std::string>{"run.inp"});
+/// Water with these lines before it stops; a timing profile is asked for and must not follow.
+void expect_stops(const std::vector<std::pair<std::string, std::string>>& cases) {
+  for (const auto& [lines, last_lines] : cases) expect_stop(lines + "%print_time\n" + water_block, last_lines);
 }
 
 std::string missing(const std::string& feature) { return " *** ERROR: Not available in this version: " + feature + ".\n"; }
@@ -29,7 +14,7 @@ std::string missing(const std::string& feature) { return " *** ERROR: Not availa
 }  // namespace
 
 TEST(StopReport, RequestsThatThisVersionCannotServe) {
-  const std::vector<STOP_CASE_T> stops = {
+  expect_stops({
       {"%job freq\n%hess_method full\n", missing("%hess_method analytical")},
       {"%job opt+freq\n%read_hess run.hess\n", missing("%read_hess with %job opt+freq")},
       {"%job freq\n%method mp2\n", missing("%job freq with %method MP2")},
@@ -43,8 +28,7 @@ TEST(StopReport, RequestsThatThisVersionCannotServe) {
       {"%solvent water\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%eps 4.0\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
       {"%pcm cosmo\n", missing("continuum solvation (%solvent, %eps, %pcm)")},
-  };
-  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
+  });
 }
 
 TEST(StopReport, SolvationThatCannotBe) {
@@ -58,7 +42,7 @@ TEST(StopReport, SolvationThatCannotBe) {
       " *** PCM ERROR: MP2/UMP2/PUMP2 + PCM is not implemented in v0.74.0.\n"
       "     SCF-level PCM (HF, DFT) is fully supported.  Drop \"%method ump2/mp2\"\n"
       "     or remove the solvent keywords to proceed.\n";
-  const std::vector<STOP_CASE_T> stops = {
+  expect_stops({
       {"%solvent Octanol\n",
        " *** PCM ERROR: Unknown solvent \"Octanol\"\n"
        "   Recognized solvent names (epsilon values):\n"
@@ -74,38 +58,33 @@ TEST(StopReport, SolvationThatCannotBe) {
       {"%pcm cpcm\n%job freq\n", deferred},
       {"%solvent dmso\n%job opt+freq\n", deferred},
       {"%eps 10\n%job ts\n", deferred},
-  };
-  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
-  const PROGRAM_RUN_T summary = run_program_in_folder("%solvent Thf\n" + water);
-  EXPECT_TRUE(summary.says("   PCM solvent:      Thf (eps=7.4257)\n")) << summary.report;
+  });
+  expect_report("%solvent Thf\n" + water_block, {"   PCM solvent:      Thf (eps=7.4257)\n"}, 1);
 }
 
 TEST(StopReport, SettingsThatSwitchSomethingOffAreServed) {
-  const PROGRAM_RUN_T run = run_program_in_folder(
-      "%dispersion none\n%solvent none\n%pcm none\n%export_mo no\n%pump2 no\n%guess core\n%spin rhf\n" + water);
-  EXPECT_EQ(run.status, 0) << run.report;
+  expect_report(
+      "%dispersion none\n%solvent none\n%pcm none\n%export_mo no\n%pump2 no\n%guess core\n%spin rhf\n" + water_block, {});
 }
 
 TEST(StopReport, EcpMoleculesStopAfterTheSummary) {
-  const PROGRAM_RUN_T run = run_program_in_folder("%basis LANL2DZ\n%geo\nBr 0 0 0\nH 0 0 1.41\n*end\n");
-  EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(run.says("   ECP centers:                1\n")) << run.report;
-  EXPECT_TRUE(run.ends_with(missing("integrals of effective core potentials (1 centers)"))) << run.report;
+  const std::string ending = missing("integrals of effective core potentials (1 centers)");
+  const PROGRAM_RUN_T run =
+      expect_report("%basis LANL2DZ\n%geo\nBr 0 0 0\nH 0 0 1.41\n*end\n", {"   ECP centers:                1\n", ending}, 1);
+  EXPECT_TRUE(run.ends_with(ending)) << run.report;
 }
 
 TEST(StopReport, AbsurdSizesEndWithALine) {
   std::string many = "%geo\n";
   for (int i = 0; i < 100000; ++i) many += "He " + std::to_string(i % 300) + " 0 " + std::to_string(i / 300) + "\n";
-  const PROGRAM_RUN_T large = run_program_in_folder(many + "*end\n");
-  EXPECT_EQ(large.status, 1);
-  EXPECT_TRUE(large.says(" *** ERROR: Not enough memory: the matrices of 100000 basis functions take some 2746582 MB,\n"));
-  const PROGRAM_RUN_T threads = run_program_in_folder(water, "OMP_NUM_THREADS=1000000 PROGRAM run.inp");
-  EXPECT_EQ(threads.status, 0);
-  EXPECT_TRUE(threads.says("   *** WARNING: 1000000 threads were asked for; ")) << threads.report;
+  expect_report(many + "*end\n",
+                {" *** ERROR: Not enough memory: the matrices of 100000 basis functions take some 2746582 MB,\n"}, 1);
+  expect_report(water_block, {"   *** WARNING: 1000000 threads were asked for; "}, 0,
+                "OMP_NUM_THREADS=1000000 PROGRAM run.inp");
 }
 
 TEST(StopReport, FatalLines) {
-  const std::vector<STOP_CASE_T> stops = {
+  expect_stops({
       {"%metod hf\n",
        " *** ERROR: Unknown input keyword: %metod (please check spelling).\n"
        "            Offending input line:\n              %metod hf\n            Run aborted.\n"
@@ -120,54 +99,40 @@ TEST(StopReport, FatalLines) {
       {"%charge 10\n",
        " *** ERROR: Non-positive electron count: 0\n     Check charge and atomic numbers.\n"
        " *** FATAL: Molecule build failed, error = 1\n"},
-  };
-  for (const STOP_CASE_T& stop : stops) expect_stop(stop);
+  });
 }
 
 TEST(StopReport, InputFiles) {
-  const PROGRAM_RUN_T absent = run_program_in_folder("", "PROGRAM nowhere/water.inp", "");
-  EXPECT_EQ(absent.status, 1);
-  EXPECT_TRUE(
-      absent.ends_with(" Reading input from: nowhere/water.inp\n"
-                       " *** ERROR: Cannot open input file: nowhere/water.inp\n            Run aborted.\n"
-                       " *** FATAL: Input parsing failed, error = 1\n"))
-      << absent.report;
-  EXPECT_TRUE(absent.files.empty());
-  const PROGRAM_RUN_T standard = run_program_in_folder("%geo\nHe 0 0 0\n*end\n", "PROGRAM", "input.dat");
-  EXPECT_EQ(standard.status, 0);
-  EXPECT_TRUE(
-      standard.says(" --- Section 1: Input & Setup ---\n Usage: zentrix <input_file>\n"
-                    " No input file specified, looking for \"input.dat\"...\n Reading input from: input.dat\n"))
-      << standard.report;
+  const std::string absent =
+      " Reading input from: nowhere/water.inp\n *** ERROR: Cannot open input file: nowhere/water.inp\n"
+      "            Run aborted.\n *** FATAL: Input parsing failed, error = 1\n";
+  EXPECT_TRUE(expect_report("", {}, 1, "PROGRAM nowhere/water.inp").ends_with(absent));
+  expect_report(helium_block,
+                {" --- Section 1: Input & Setup ---\n Usage: zentrix <input_file>\n"
+                 " No input file specified, looking for \"input.dat\"...\n Reading input from: input.dat\n"},
+                0, "mv run.inp input.dat; PROGRAM");
 }
 
 TEST(StopReport, HelpAndVersionAnswerWithoutARun) {
-  const PROGRAM_RUN_T help = run_program_in_folder("", "PROGRAM --help", "");
-  EXPECT_EQ(help.status, 0);
-  EXPECT_TRUE(help.says("Usage: zentrix"));
-  EXPECT_FALSE(help.says("Section"));
-  const PROGRAM_RUN_T version = run_program_in_folder("", "PROGRAM --version", "");
-  EXPECT_EQ(version.status, 0);
-  EXPECT_EQ(version.report, "zentrix 0.82.1 (2026-06-07)\n");
+  EXPECT_FALSE(expect_report("", {"Usage: zentrix"}, 0, "PROGRAM --help").says("Section"));
+  EXPECT_EQ(expect_report("", {}, 0, "PROGRAM --version").report, "zentrix 0.82.1 (2026-06-07)\n");
 }
 
 TEST(StopReport, SignalsTellWhereTheRunStood) {
   // The reader of the pipe sends the signal once the first row of the iteration table is there: a line must reach it at
   // once.
-  const std::string input = "%basis cc-pVQZ\n%eri_memory_limit_mb 1\n" + water;
+  const std::string input = "%basis cc-pVQZ\n%eri_memory_limit_mb 1\n" + water_block;
   for (const auto& [name, status] : {std::pair{"INT", 130}, std::pair{"TERM", 143}}) {
     const std::string command = std::string(
                                     "mkfifo pipe; PROGRAM run.inp > pipe & program=$!; while read -r line; do "
                                     "echo \"$line\"; case \"$line\" in 1\\ *yes|1\\ *no) kill -s ") +
                                 name + " $program;; esac; done < pipe; wait $program";
-    const PROGRAM_RUN_T run = run_program_in_folder(input, "bash -c '" + command + "'");
-    EXPECT_EQ(run.status, status) << run.report;
-    EXPECT_TRUE(run.ends_with(std::string("*** Run stopped by SIG") + name + " during Section 3 (SCF).\n")) << run.report;
+    const std::string stop = std::string("*** Run stopped by SIG") + name + " during Section 3 (SCF).\n";
+    EXPECT_TRUE(expect_report(input, {stop}, status, "bash -c '" + command + "'").ends_with(stop));
   }
 }
 
 TEST(StopReport, AReportThatCannotBeWrittenIsAnError) {
-  const PROGRAM_RUN_T run = run_program_in_folder(water, "PROGRAM run.inp > /dev/full");
-  EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.report, " *** ERROR: The report could not be written in full.\n");
+  EXPECT_EQ(expect_report(water_block, {}, 1, "PROGRAM run.inp > /dev/full").report,
+            " *** ERROR: The report could not be written in full.\n");
 }

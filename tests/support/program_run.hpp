@@ -35,16 +35,14 @@ struct PROGRAM_RUN_T {
   }
 };
 
-inline std::string file_text(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+/// Geometry blocks of inputs whose interest lies elsewhere.
+inline const std::string water_block = "%geo\nO 0 0 0.1173\nH 0 0.7572 -0.4692\nH 0 -0.7572 -0.4692\n*end\n";
+inline const std::string helium_block = "%geo\nHe 0 0 0\n*end\n";
 
-/// Runs `command` (PROGRAM stands for the executable) by the shell in a fresh folder that holds `input` under `file_name`.
-inline PROGRAM_RUN_T run_program_in_folder(const std::string& input, const std::string& command = "PROGRAM run.inp",
-                                           const std::string& file_name = "run.inp") {
+/// Runs `command` (PROGRAM stands for the executable) by the shell in a fresh folder that holds `input` as run.inp.
+inline PROGRAM_RUN_T run_program_in_folder(const std::string& input, const std::string& command = "PROGRAM run.inp") {
   const TEMPORARY_FOLDER folder;
-  if (!file_name.empty()) std::ofstream(folder.path() / file_name) << input;
+  std::ofstream(folder.path() / "run.inp") << input;
   std::string line = command;
   const std::string word = "PROGRAM";
   for (std::size_t at = line.find(word); at != std::string::npos; at = line.find(word)) {
@@ -57,20 +55,38 @@ inline PROGRAM_RUN_T run_program_in_folder(const std::string& input, const std::
   PROGRAM_RUN_T run;
   const int code = std::system(shell_line.c_str());
   run.status = WIFEXITED(code) ? WEXITSTATUS(code) : -1;
-  run.report = file_text(report_file);
+  std::ifstream report(report_file);
+  run.report.assign(std::istreambuf_iterator<char>(report), {});
   for (const auto& entry : std::filesystem::directory_iterator(folder.path())) run.files.push_back(entry.path().filename());
   std::sort(run.files.begin(), run.files.end());
   return run;
 }
 
 /// Every text stands in the report, each behind the one before.
-inline void expect_in_order(const PROGRAM_RUN_T& run, const std::vector<std::string>& texts) {
+inline void expect_in_order(const std::string& report, const std::vector<std::string>& texts) {
   std::size_t at = 0;
   for (const std::string& text : texts) {
-    const std::size_t found = run.report.find(text, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << run.report;
+    const std::size_t found = report.find(text, at);
+    ASSERT_NE(found, std::string::npos) << "missing or out of order: \"" << text << "\" in\n" << report;
     at = found + text.size();
   }
+}
+
+/// A run that ends with `status` and has the texts in its report.
+inline PROGRAM_RUN_T expect_report(const std::string& input, const std::vector<std::string>& texts, int status = 0,
+                                   const std::string& command = "PROGRAM run.inp") {
+  const PROGRAM_RUN_T run = run_program_in_folder(input, command);
+  EXPECT_EQ(run.status, status) << run.report;
+  expect_in_order(run.report, texts);
+  return run;
+}
+
+/// A run that ends with these very lines and status 1, after which neither end lines nor files follow.
+inline void expect_stop(const std::string& input, const std::string& last_lines) {
+  const PROGRAM_RUN_T run = run_program_in_folder(input);
+  EXPECT_EQ(run.status, 1) << run.report;
+  EXPECT_TRUE(run.ends_with(last_lines)) << "expected at the end:\n" << last_lines << "\nin\n" << run.report;
+  EXPECT_EQ(run.files, std::vector<std::string>{"run.inp"});
 }
 
 }  // namespace zentrix
