@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
 #include <sstream>
 
 #include "geometry/covalent_radii.hpp"
@@ -18,45 +17,28 @@ using namespace zentrix::INTERNAL_COORDS;
 using namespace zentrix::TESTS;
 using ::testing::HasSubstr;
 
-VECTOR random_displacement(Eigen::Index size, double length, unsigned seed) {
-  std::mt19937 generator(seed);
-  std::uniform_real_distribution<double> uniform(-length, length);
-  VECTOR displacement(size);
-  for (Eigen::Index n = 0; n < size; ++n) displacement(n) = uniform(generator);
-  return displacement;
-}
-
 int count(const COORDINATE_SET_T& set, KIND kind) {
   return static_cast<int>(
       std::count_if(set.coordinates.begin(), set.coordinates.end(), [kind](const INTCOORD_T& c) { return c.kind == kind; }));
 }
 
-TEST(InternalCoords, RadiiAreThoseOfTheTable) {
-  EXPECT_NEAR(covalent_radius(1), 0.586, 5e-4);
-  EXPECT_NEAR(covalent_radius(6), 1.436, 5e-4);
-  EXPECT_NEAR(covalent_radius(10), 1.096, 5e-4);
-  EXPECT_NEAR(covalent_radius(86), 1.5 * BOHR_PER_ANGSTROM, 1e-12);
-  EXPECT_NEAR(covalent_radius(0), 2.834589186938655, 1e-12);
-  EXPECT_NEAR(covalent_radius(87), 2.834589186938655, 1e-12);
-}
-
 TEST(InternalCoords, BondLimitsAreStrict) {
   const auto bonded = [](int z1, int z2, double d) {
-    VECTOR x = VECTOR::Zero(6);
-    x(5) = d;
-    const COORDINATE_SET_T set = generate_coordinates({z1, z2}, x);
+    const COORDINATE_SET_T set = generate_coordinates({z1, z2}, d * VECTOR::Unit(6, 5));
     return !set.coordinates.empty() && !set.coordinates[0].through_space;
   };
   EXPECT_TRUE(bonded(6, 1, 2.6));
   EXPECT_FALSE(bonded(6, 1, 2.7));
   EXPECT_FALSE(bonded(6, 1, 0.1));
   EXPECT_TRUE(bonded(6, 1, 0.100001));
+  EXPECT_NEAR(covalent_radius(10), 0.58 * BOHR_PER_ANGSTROM, 1e-12);
+  for (const int z : {0, 86, 87}) EXPECT_NEAR(covalent_radius(z), 1.5 * BOHR_PER_ANGSTROM, 1e-12) << z;
 }
 
 TEST(InternalCoords, CoordinatesSpanAllVibrations) {
-  for (const auto& [name, lines] : structures()) {
+  for (const auto& [name, lines] : samples) {
     const STRUCTURE_T molecule = structure(lines);
-    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    const COORDINATE_SET_T set = coordinates_of(molecule);
     const Eigen::Index vibrations = molecule.x.size() - rigid_motions(molecule.x).cols();
     EXPECT_EQ(frame_of(wilson_b(set, molecule.x)).v.cols(), vibrations) << name;
     EXPECT_EQ(set.n_bonds + set.n_angles + set.n_dihedrals, static_cast<int>(set.coordinates.size())) << name;
@@ -77,25 +59,24 @@ TEST(InternalCoords, LongChainsKeepTheirSoftestVibrations) {
     if (i == length - 1) lines += "H " + std::to_string(1.27 * i + 0.9) + " 1.03 0\n";
   }
   const STRUCTURE_T molecule = structure(lines);
-  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  const COORDINATE_SET_T set = coordinates_of(molecule);
   EXPECT_EQ(frame_of(wilson_b(set, molecule.x)).v.cols(), molecule.x.size() - 6);
 }
 
 TEST(InternalCoords, KnownSetsAreFound) {
-  const auto counts = [](const std::string& lines) {
-    const STRUCTURE_T molecule = structure(lines);
-    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  const auto counts = [](const char* name) {
+    const COORDINATE_SET_T set = coordinates_of(sample(name));
     return std::array<int, 4>{set.n_bonds, count(set, KIND::angle), count(set, KIND::linear_bend), set.n_dihedrals};
   };
-  EXPECT_EQ(counts(water), (std::array<int, 4>{2, 1, 0, 0}));
-  EXPECT_EQ(counts(carbon_dioxide), (std::array<int, 4>{2, 0, 2, 0}));
-  EXPECT_EQ(counts(acetylene), (std::array<int, 4>{3, 0, 4, 0}));
-  EXPECT_EQ(counts(allene), (std::array<int, 4>{6, 6, 2, 4}));             // torsion of the ends against each other
-  EXPECT_EQ(counts(boron_trifluoride), (std::array<int, 4>{3, 3, 0, 1}));  // out of plane
-  EXPECT_EQ(counts(hydrogen_peroxide), (std::array<int, 4>{3, 2, 0, 1}));
-  EXPECT_EQ(counts(benzene), (std::array<int, 4>{12, 18, 0, 24}));
-  EXPECT_EQ(counts(three_neon), (std::array<int, 4>{2, 1, 0, 0}));
-  EXPECT_EQ(counts("He 0 0 0\n"), (std::array<int, 4>{0, 0, 0, 0}));
+  EXPECT_EQ(counts("water"), (std::array<int, 4>{2, 1, 0, 0}));
+  EXPECT_EQ(counts("CO2"), (std::array<int, 4>{2, 0, 2, 0}));
+  EXPECT_EQ(counts("acetylene"), (std::array<int, 4>{3, 0, 4, 0}));
+  EXPECT_EQ(counts("allene"), (std::array<int, 4>{6, 6, 2, 4}));  // torsion of the ends against each other
+  EXPECT_EQ(counts("BF3"), (std::array<int, 4>{3, 3, 0, 1}));     // out of plane
+  EXPECT_EQ(counts("HOOH"), (std::array<int, 4>{3, 2, 0, 1}));
+  EXPECT_EQ(counts("benzene"), (std::array<int, 4>{12, 18, 0, 24}));
+  EXPECT_EQ(counts("three neon atoms"), (std::array<int, 4>{2, 1, 0, 0}));
+  EXPECT_TRUE(coordinates_of(structure("He 0 0 0\n")).coordinates.empty());
 }
 
 /// Two ethenes face to face, their carbon atoms 4.2 bohr apart and two hydrogen atoms bent in to 3.4 bohr: the search for
@@ -115,8 +96,8 @@ TEST(InternalCoords, FormingBondsJoinFragmentsByTheirRadii) {
 }
 
 TEST(InternalCoords, ValuesAtTheirLimits) {
-  const STRUCTURE_T chain = structure(acetylene);
-  for (const INTCOORD_T& c : generate_coordinates(chain.z, chain.x).coordinates) {
+  const STRUCTURE_T chain = sample("acetylene");
+  for (const INTCOORD_T& c : coordinates_of(chain).coordinates) {
     if (c.kind != KIND::linear_bend) continue;
     EXPECT_NEAR(c.value, PI, 1e-12);
   }
@@ -131,18 +112,16 @@ TEST(InternalCoords, ValuesAtTheirLimits) {
 }
 
 TEST(InternalCoords, BMatrixIsTheDerivativeOfTheValues) {
-  for (const auto& [name, lines] : structures()) {
+  for (const auto& [name, lines] : samples) {
     const STRUCTURE_T molecule = structure(lines);
-    const VECTOR x = molecule.x + random_displacement(molecule.x.size(), 0.05, 7);
-    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    const VECTOR x = molecule.x + random_vector(molecule.x.size(), 0.05, 7);
+    const COORDINATE_SET_T set = coordinates_of(molecule);
     MATRIX numerical(set.coordinates.size(), x.size());
     constexpr double h = 1e-5;
     for (Eigen::Index k = 0; k < x.size(); ++k) {
-      VECTOR plus = x;
-      VECTOR minus = x;
-      plus(k) += h;
-      minus(k) -= h;
-      numerical.col(k) = value_difference(set, coordinate_values(set, plus), coordinate_values(set, minus)) / (2.0 * h);
+      const VECTOR step = h * VECTOR::Unit(x.size(), k);
+      numerical.col(k) =
+          value_difference(set, coordinate_values(set, x + step), coordinate_values(set, x - step)) / (2.0 * h);
     }
     const MATRIX rigid = rigid_motions(x);
     for (Eigen::Index n = 0; n < numerical.rows(); ++n) {
@@ -156,10 +135,10 @@ TEST(InternalCoords, BMatrixIsTheDerivativeOfTheValues) {
 }
 
 TEST(InternalCoords, StepsGoThereAndBack) {
-  for (const auto& [name, lines] : structures()) {
+  for (const auto& [name, lines] : samples) {
     const STRUCTURE_T molecule = structure(lines);
-    const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
-    const VECTOR there = molecule.x + random_displacement(molecule.x.size(), 0.12, 11);
+    const COORDINATE_SET_T set = coordinates_of(molecule);
+    const VECTOR there = molecule.x + random_vector(molecule.x.size(), 0.12, 11);
     // The fixed axes of linear bends see a rotation of the bent chain in second order.
     const double tolerance = count(set, KIND::linear_bend) > 0 ? 2e-3 : 1e-6;
     const VECTOR q0 = coordinate_values(set, molecule.x);
@@ -174,8 +153,8 @@ TEST(InternalCoords, StepsGoThereAndBack) {
 }
 
 TEST(InternalCoords, BackTransformationCrossesTheDihedralSeam) {
-  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
-  const COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  const STRUCTURE_T molecule = sample("HOOH");
+  const COORDINATE_SET_T set = coordinates_of(molecule);
   VECTOR dq = VECTOR::Zero(static_cast<Eigen::Index>(set.coordinates.size()));
   VECTOR x = molecule.x;
   for (int turn = 0; turn < 9; ++turn) {
@@ -194,10 +173,10 @@ TEST(InternalCoords, DriftOverALimitIsNoticed) {
     return structure("C 0 0 0\nO 0 0 1.16\nO 0 " + std::to_string(1.16 * std::sin(a)) + " " +
                      std::to_string(1.16 * std::cos(a)) + "\n");
   };
-  const COORDINATE_SET_T angle = generate_coordinates(bent(170).z, bent(170).x);
+  const COORDINATE_SET_T angle = coordinates_of(bent(170));
   EXPECT_TRUE(still_suited(angle, bent(176).x));
   EXPECT_FALSE(still_suited(angle, bent(179).x));
-  const COORDINATE_SET_T straight = generate_coordinates(bent(178).z, bent(178).x);
+  const COORDINATE_SET_T straight = coordinates_of(bent(178));
   EXPECT_EQ(count(straight, KIND::linear_bend), 2);
   EXPECT_TRUE(still_suited(straight, bent(170).x));
   EXPECT_FALSE(still_suited(straight, bent(160).x));
@@ -205,13 +184,13 @@ TEST(InternalCoords, DriftOverALimitIsNoticed) {
   const auto pyramid = [](const std::string& height) {
     return structure("N 0 0 " + height + "\nH 0.96 0 0\nH -0.48 0.8314 0\nH -0.48 -0.8314 0\n");
   };
-  const COORDINATE_SET_T angles = generate_coordinates(pyramid("0.3").z, pyramid("0.3").x);
+  const COORDINATE_SET_T angles = coordinates_of(pyramid("0.3"));
   EXPECT_EQ(angles.n_dihedrals, 0);
   EXPECT_TRUE(still_suited(angles, pyramid("0.25").x));
   EXPECT_FALSE(still_suited(angles, pyramid("0.1").x));
-  EXPECT_TRUE(still_suited(generate_coordinates(pyramid("0.1").z, pyramid("0.1").x), pyramid("-0.3").x));
+  EXPECT_TRUE(still_suited(coordinates_of(pyramid("0.1")), pyramid("-0.3").x));
   const STRUCTURE_T t_shape = structure("Cl 0 0 0\nF 0 0 1.7\nF 0 0 -1.7\nF 1.6 0 0\n");
-  EXPECT_TRUE(still_suited(generate_coordinates(t_shape.z, t_shape.x), t_shape.x));
+  EXPECT_TRUE(still_suited(coordinates_of(t_shape), t_shape.x));
 }
 
 TEST(InternalCoords, LimitsHold) {
@@ -234,8 +213,8 @@ TEST(InternalCoords, LimitsHold) {
 }
 
 TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
-  const STRUCTURE_T molecule = structure(hydrogen_peroxide);
-  COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  const STRUCTURE_T molecule = sample("HOOH");
+  COORDINATE_SET_T set = coordinates_of(molecule);
   std::vector<CONSTRAINT_MATCH_T> matches;
   ASSERT_EQ(apply_constraints({{'B', {3, 1}, {}}, {'D', {4, 2, 1, 3}, 2.0}, {'A', {3, 2, 4}, {}}, {'B', {3, 4}, 4.5}},
                               molecule.x, set, matches),
@@ -262,15 +241,15 @@ TEST(Constraints, BadEntriesAreRefused) {
     std::string line;
   };
   const std::vector<CASE_T> cases = {
-      {hydrogen_peroxide, {'X', {1, 2}, {}}, "constraint 2: unknown kind 'X' (expected B / A / D)."},
-      {hydrogen_peroxide, {'B', {1, 5}, {}}, "constraint 2: atom index out of range."},
-      {hydrogen_peroxide, {'A', {1, 2, 0}, {}}, "constraint 2: angle wing atom out of range."},
-      {hydrogen_peroxide, {'D', {1, 2, 3, 9}, {}}, "constraint 2: dihedral atom out of range."},
-      {acetylene, {'D', {3, 1, 2, 4}, {}}, "constraint 2: the dihedral has no value, three of its atoms lie on a line."},
-      {hydrogen_peroxide, {'B', {3, 4}, {}}, "cannot extend internal-coordinate set: MAX_BONDS reached."}};
+      {"HOOH", {'X', {1, 2}, {}}, "constraint 2: unknown kind 'X' (expected B / A / D)."},
+      {"HOOH", {'B', {1, 5}, {}}, "constraint 2: atom index out of range."},
+      {"HOOH", {'A', {1, 2, 0}, {}}, "constraint 2: angle wing atom out of range."},
+      {"HOOH", {'D', {1, 2, 3, 9}, {}}, "constraint 2: dihedral atom out of range."},
+      {"acetylene", {'D', {3, 1, 2, 4}, {}}, "constraint 2: the dihedral has no value, three of its atoms lie on a line."},
+      {"HOOH", {'B', {3, 4}, {}}, "cannot extend internal-coordinate set: MAX_BONDS reached."}};
   for (const CASE_T& test : cases) {
-    const STRUCTURE_T molecule = structure(test.geometry);
-    COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+    const STRUCTURE_T molecule = sample(test.geometry);
+    COORDINATE_SET_T set = coordinates_of(molecule);
     if (test.line.find("MAX_BONDS") != std::string::npos) set.n_bonds = MAX_BONDS;
     std::vector<CONSTRAINT_MATCH_T> matches;
     EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, test.constraint}, molecule.x, set, matches), 0);
@@ -282,17 +261,16 @@ TEST(Constraints, BadEntriesAreRefused) {
 }
 
 TEST(Constraints, BackTransformationEndsOnTheTargets) {
-  const STRUCTURE_T molecule = structure(benzene);
-  COORDINATE_SET_T set = generate_coordinates(molecule.z, molecule.x);
+  const STRUCTURE_T molecule = sample("benzene");
+  COORDINATE_SET_T set = coordinates_of(molecule);
   std::vector<CONSTRAINT_MATCH_T> matches;
   ASSERT_EQ(
       apply_constraints({{'B', {1, 2}, 2.75}, {'B', {1, 4}, 5.0}, {'D', {1, 2, 3, 4}, 0.05}}, molecule.x, set, matches), 0);
-  const VECTOR dq = random_displacement(static_cast<Eigen::Index>(set.coordinates.size()), 0.05, 3);
+  const VECTOR dq = random_vector(static_cast<Eigen::Index>(set.coordinates.size()), 0.05, 3);
   const VECTOR x = back_transform(set, molecule.x, dq).positions;
   for (const INTCOORD_T& c : set.coordinates) {
-    if (c.frozen) {
-      EXPECT_NEAR(coordinate_value(c, x), c.target, 1e-9);
-    }
+    if (!c.frozen) continue;
+    EXPECT_NEAR(coordinate_value(c, x), c.target, 1e-9);
   }
 }
 

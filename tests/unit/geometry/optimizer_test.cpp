@@ -11,7 +11,7 @@
 #include "geometry/optimizer_report.hpp"
 #include "geometry/rfo_step.hpp"
 #include "geometry/trust_radius.hpp"
-#include "unit/geometry/pair_surface.hpp"
+#include "unit/geometry/function_surface.hpp"
 
 // The optimisers on surfaces whose gradient is exact, and the pieces they are made of.
 
@@ -22,14 +22,6 @@ using namespace zentrix::OPTIMIZER;
 using namespace zentrix::TESTS;
 using INPUT_PARSER::MODEL_HESSIAN;
 using ::testing::HasSubstr;
-
-VECTOR shaken(const VECTOR& x, double length, unsigned seed) {
-  std::mt19937 generator(seed);
-  std::uniform_real_distribution<double> uniform(-length, length);
-  VECTOR result = x;
-  for (Eigen::Index n = 0; n < x.size(); ++n) result(n) += uniform(generator);
-  return result;
-}
 
 /// Keeps the table and what else a test wants to see.
 class RECORDER_T : public OPTIMIZER_OBSERVER_T {
@@ -48,13 +40,13 @@ double largest(const VECTOR& v) { return v.lpNorm<Eigen::Infinity>(); }
 
 TEST(Optimizer, BothCoordinateSystemsFindTheSameMinimum) {
   // The tolerance is what the thresholds leave on the flat bottom of a sum of pairs.
-  for (const auto& [name, lines] : structures()) {
+  for (const auto& [name, lines] : samples) {
     if (name == "XeF4") continue;  // several minima of this surface lie within reach
     const STRUCTURE_T reference = structure(lines);
-    const VECTOR start = shaken(reference.x, 0.12, 5);
+    const VECTOR start = reference.x + random_vector(reference.x.size(), 0.12, 5);
     double energy[3] = {};
     for (int run = 0; run < 3; ++run) {
-      PAIR_SURFACE_T surface(reference, start);
+      FUNCTION_SURFACE_T surface(reference, start, strained_pairs(reference));
       OPTIMIZER_SETTINGS_T settings;
       settings.max_steps = 150;
       settings.initial_hessian = run == 1 ? MODEL_HESSIAN::diag : MODEL_HESSIAN::full;
@@ -72,12 +64,12 @@ TEST(Optimizer, BothCoordinateSystemsFindTheSameMinimum) {
 }
 
 TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
-  const STRUCTURE_T reference = structure(hydrogen_peroxide);
-  const VECTOR start = shaken(reference.x, 0.1, 9);
+  const STRUCTURE_T reference = sample("HOOH");
+  const VECTOR start = reference.x + random_vector(reference.x.size(), 0.1, 9);
   OPTIMIZER_SETTINGS_T settings;
   settings.max_steps = 100;
   settings.constraints = {{'B', {2, 1}, {}}, {'D', {3, 1, 2, 4}, 1.2}, {'B', {3, 4}, {}}};
-  PAIR_SURFACE_T surface(reference, start);
+  FUNCTION_SURFACE_T surface(reference, start, strained_pairs(reference));
   RECORDER_T recorder;
   const OPTIMIZATION_T result = optimize(surface, settings, recorder);
   ASSERT_EQ(result.outcome, OUTCOME::converged);
@@ -100,7 +92,7 @@ TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
 TEST(Optimizer, BentChainBecomesStraight) {
   // In this order of the atoms the strain of the surface keeps the oxygen atoms apart: the minimum is straight.
   const STRUCTURE_T straight = structure("O 0 0 1.16\nO 0 0 -1.16\nC 0 0 0\n");
-  PAIR_SURFACE_T surface(straight, structure("O 0.35 0 1.1\nO 0.35 0 -1.1\nC 0 0 0\n").x);
+  FUNCTION_SURFACE_T surface(straight, structure("O 0.35 0 1.1\nO 0.35 0 -1.1\nC 0 0 0\n").x, strained_pairs(straight));
   RECORDER_T recorder;
   const OPTIMIZATION_T result = optimize(surface, {}, recorder);
   EXPECT_EQ(result.outcome, OUTCOME::converged);
@@ -110,7 +102,7 @@ TEST(Optimizer, BentChainBecomesStraight) {
 
 TEST(Optimizer, NeverConvergesOnTheFirstStep) {
   const STRUCTURE_T atom = structure("He 0 0 1\n");
-  PAIR_SURFACE_T surface(atom, atom.x);
+  FUNCTION_SURFACE_T surface(atom, atom.x, [](const VECTOR&) { return -1.0; });
   RECORDER_T recorder;
   const OPTIMIZATION_T result = optimize(surface, {}, recorder);
   EXPECT_EQ(result.outcome, OUTCOME::converged);
@@ -124,69 +116,46 @@ TEST(Optimizer, RefusalsComeBeforeAnyWork) {
   solvated.solvated = true;
   OPTIMIZER_SETTINGS_T constrained;
   constrained.constraints = {{'B', {1, 2}, {}}, {'D', {3, 1, 2, 7}, {}}};
-  struct CASE_T {
-    std::string geometry;
-    OPTIMIZER_SETTINGS_T settings;
-    std::string lines;
-  };
-  const std::vector<CASE_T> cases = {
-      {hydrogen_fluoride, constrained, " *** ERROR: %constrain is only supported on the internal-coordinate optimizer.\n"},
-      {hydrogen_fluoride, solvated,
-       " *** PCM ERROR: PCM with the Cartesian-BFGS optimizer is\n"
-       "     not supported in v0.74.x.  This path is taken only for\n"
-       "     molecules too small for internal coordinates (<= 2 atoms).\n"
-       "     Use a larger system, or remove %solvent / %eps / %pcm.\n"},
-      {water, constrained,
-       "   matched auto-generated bond #1\n *** ERROR: constraint 2: dihedral atom out of range.\n"
-       " *** ERROR: failed to apply geometry constraints; aborting optimization.\n"}};
-  for (const CASE_T& test : cases) {
-    const STRUCTURE_T start = structure(test.geometry);
-    PAIR_SURFACE_T surface(start, start.x);
+  const auto expect_refusal = [](const std::string& lines, const OPTIMIZER_SETTINGS_T& settings, const char* message) {
+    const STRUCTURE_T start = structure(lines);
+    FUNCTION_SURFACE_T surface(start, start.x, strained_pairs(start));
     std::ostringstream report;
     OPTIMIZER_PRINTER_T printer(surface.molecule(), {}, report);
-    EXPECT_EQ(optimize(surface, test.settings, printer).outcome, OUTCOME::refused);
+    EXPECT_EQ(optimize(surface, settings, printer).outcome, OUTCOME::refused);
     EXPECT_EQ(surface.evaluations, 0);
-    EXPECT_THAT(report.str(), HasSubstr(test.lines));
-  }
+    EXPECT_THAT(report.str(), HasSubstr(message));
+  };
+  expect_refusal(hydrogen_fluoride, solvated,
+                 " *** PCM ERROR: PCM with the Cartesian-BFGS optimizer is\n"
+                 "     not supported in v0.74.x.  This path is taken only for\n"
+                 "     molecules too small for internal coordinates (<= 2 atoms).\n"
+                 "     Use a larger system, or remove %solvent / %eps / %pcm.\n");
+  expect_refusal(water, constrained,
+                 "   matched auto-generated bond #1\n *** ERROR: constraint 2: dihedral atom out of range.\n"
+                 " *** ERROR: failed to apply geometry constraints; aborting optimization.\n");
 }
 
 TEST(Optimizer, AFailureKeepsTheGeometryItHappenedAt) {
-  const STRUCTURE_T reference = structure(water);
-  PAIR_SURFACE_T surface(reference, shaken(reference.x, 0.2, 1));
+  const STRUCTURE_T reference = sample("water");
+  FUNCTION_SURFACE_T surface(reference, reference.x + random_vector(9, 0.2, 1), strained_pairs(reference));
   surface.failing_evaluation = 3;
   std::ostringstream report;
   OPTIMIZER_PRINTER_T printer(surface.molecule(), {}, report);
   EXPECT_EQ(optimize(surface, {}, printer).outcome, OUTCOME::scf_failed);
   EXPECT_EQ(surface.evaluations, 3);
-  const std::string& text = report.str();
-  EXPECT_THAT(text,
-              HasSubstr("   *** SCF did not converge at step 3\n\n   *** Optimization NOT converged after 3 steps!\n"));
-  const std::string title = "   Geometry of step 3 (Angstrom):\n";
+  const std::string text = report.str(), title = "   Geometry of step 3 (Angstrom):\n";
   const std::size_t rows = text.find(title) + title.size();
   EXPECT_THAT(text, HasSubstr("   Last geometry (Angstrom):\n" + text.substr(rows, text.find("   ***", rows) - rows)));
 }
 
-/// A narrow wall behind a gentle slope: the first steps run into it.
-class WALL_SURFACE_T : public PAIR_SURFACE_T {
- public:
-  using PAIR_SURFACE_T::PAIR_SURFACE_T;
-  GRADIENTS::SURFACE_POINT_T energy_and_gradient(const VECTOR& x) override {
-    GRADIENTS::SURFACE_POINT_T point;
-    const Eigen::Vector3d d = x.segment<3>(0) - x.segment<3>(3);
-    const double r = d.norm();
-    const double over = std::max(r - 2.0, 0.0);
-    point.energy = -0.05 * r + 50.0 * over * over;
-    const Eigen::Vector3d slope = (-0.05 + 100.0 * over) / r * d;
-    point.gradient.resize(6);
-    point.gradient << slope, -slope;
-    return point;
-  }
-};
-
 TEST(Optimizer, StepsThatRaiseTheEnergyAreTakenBack) {
+  // A narrow wall behind a gentle slope: the first steps run into it.
   STRUCTURE_T start = structure("H 0 0 0\nH 0 0 1\n");
   start.x(5) = 1.95;
-  WALL_SURFACE_T surface(start, start.x);
+  FUNCTION_SURFACE_T surface(start, start.x, [](const VECTOR& x) {
+    const double over = std::max(distance(x, 0, 1) - 2.0, 0.0);
+    return -0.05 * distance(x, 0, 1) + 50.0 * over * over;
+  });
   RECORDER_T recorder;
   const OPTIMIZATION_T result = optimize(surface, {}, recorder);
   EXPECT_EQ(result.outcome, OUTCOME::converged);
@@ -230,10 +199,8 @@ TEST(RfoStep, IsTheMinimumOfTheModelWithinTheTrustRadius) {
 
 TEST(HessianUpdate, MeetsTheSecantConditionAndStaysPositive) {
   MATRIX hessian = MATRIX::Identity(3, 3) * 0.5;
-  VECTOR step(3);
-  step << 0.1, -0.05, 0.02;
-  VECTOR change(3);
-  change << 0.04, -0.03, 0.01;
+  const VECTOR step{{0.1, -0.05, 0.02}};
+  const VECTOR change{{0.04, -0.03, 0.01}};
   bfgs_update(hessian, step, change);
   EXPECT_LT((hessian * step - change).norm(), 1e-14);
   bfgs_update(hessian, step, -change);  // negative curvature
@@ -244,8 +211,8 @@ TEST(HessianUpdate, MeetsTheSecantConditionAndStaysPositive) {
 }
 
 TEST(ModelHessian, IsCoupledOnlyInTheFullModel) {
-  const STRUCTURE_T molecule = structure(formaldehyde);
-  const auto set = INTERNAL_COORDS::generate_coordinates(molecule.z, molecule.x);
+  const STRUCTURE_T molecule = sample("formaldehyde");
+  const auto set = coordinates_of(molecule);
   EXPECT_TRUE(model_hessian(set, molecule.z, molecule.x, MODEL_HESSIAN::diag).isDiagonal());
   EXPECT_FALSE(model_hessian(set, molecule.z, molecule.x, MODEL_HESSIAN::full).isDiagonal());
 }

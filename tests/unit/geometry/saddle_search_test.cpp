@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <functional>
 #include <random>
-#include <vector>
 
 #include "geometry/hessian_transform.hpp"
 #include "geometry/hessian_update.hpp"
 #include "geometry/prfo_step.hpp"
 #include "geometry/saddle_search.hpp"
 #include "geometry/vectors.hpp"
-#include "unit/geometry/pair_surface.hpp"
+#include "unit/geometry/function_surface.hpp"
 
 // The transition-state search and its pieces, on surfaces whose saddle points are known.
 
@@ -20,42 +17,7 @@ using namespace zentrix;
 using namespace zentrix::OPTIMIZER;
 using namespace zentrix::TRANSITION_STATE;
 using INTERNAL_COORDS::angle_at;
-using TESTS::bare_molecule;
-using TESTS::PAIR_SURFACE_T;
-using TESTS::structure;
-using TESTS::STRUCTURE_T;
-
-double distance(const VECTOR& x, Eigen::Index i, Eigen::Index j) {
-  return (x.segment<3>(3 * i) - x.segment<3>(3 * j)).norm();
-}
-
-/// Any function of the positions, with its gradient from differences.
-class FUNCTION_SURFACE_T : public GRADIENTS::ENERGY_SURFACE_T {
- public:
-  FUNCTION_SURFACE_T(const STRUCTURE_T& start, std::function<double(const VECTOR&)> function)
-      : molecule_(bare_molecule(start)), function_(std::move(function)) {}
-  const MOLECULE_T& molecule() const override { return molecule_; }
-  GRADIENTS::SURFACE_POINT_T energy(const VECTOR& x) override { return {function_(x), {}, true}; }
-  GRADIENTS::SURFACE_POINT_T energy_and_gradient(const VECTOR& x) override {
-    constexpr double h = 1e-4;
-    GRADIENTS::SURFACE_POINT_T point{function_(x), VECTOR(x.size()), ++evaluations != failing_evaluation};
-    VECTOR y = x;
-    for (Eigen::Index i = 0; i < x.size(); ++i) {
-      y(i) = x(i) + h;
-      point.gradient(i) = function_(y) / (2.0 * h);
-      y(i) = x(i) - h;
-      point.gradient(i) -= function_(y) / (2.0 * h);
-      y(i) = x(i);
-    }
-    return point;
-  }
-  int evaluations = 0;
-  int failing_evaluation = 0;
-
- private:
-  MOLECULE_T molecule_;
-  std::function<double(const VECTOR&)> function_;
-};
+using namespace zentrix::TESTS;
 
 MATRIX cartesian_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, const VECTOR& x) {
   constexpr double h = 1e-3;
@@ -73,7 +35,7 @@ MATRIX cartesian_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, const VECTOR& x) 
 
 /// An atom that jumps between two others: a barrier of 0.02 hartree where both distances are 2.4 bohr, 0.25 bohr away
 /// from either minimum in half the difference of the distances.
-std::function<double(const VECTOR&)> jumping_atom(double angle) {
+FUNCTION_T jumping_atom(double angle) {
   return [angle](const VECTOR& x) {
     const double first = distance(x, 0, 1);
     const double second = distance(x, 0, 2);
@@ -100,10 +62,8 @@ SADDLE_POINT_T search(GRADIENTS::ENERGY_SURFACE_T& surface, const SADDLE_SETTING
 }
 
 TEST(PRFO_STEP, ClimbsOneModeAndDescendsTheOthers) {
-  VECTOR eigenvalues(4);
-  eigenvalues << -0.05, 0.02, 0.3, 0.8;
-  VECTOR gradient(4);
-  gradient << 0.004, -0.003, 0.01, 0.0;
+  const VECTOR eigenvalues{{-0.05, 0.02, 0.3, 0.8}};
+  const VECTOR gradient{{0.004, -0.003, 0.01, 0.0}};
   for (const Eigen::Index followed : {0, 1}) {
     const PRFO_STEP_T free = prfo_step(eigenvalues, gradient, followed, 100.0);
     EXPECT_FALSE(free.limited);
@@ -122,10 +82,8 @@ TEST(PRFO_STEP, ClimbsOneModeAndDescendsTheOthers) {
 }
 
 TEST(PRFO_STEP, LeavesAValleyThatShowsNoWayUp) {
-  VECTOR eigenvalues(3);
-  eigenvalues << -0.05, 0.02, 0.3;
-  VECTOR gradient(3);
-  gradient << 0.0, 0.0, 0.01;
+  const VECTOR eigenvalues{{-0.05, 0.02, 0.3}};
+  const VECTOR gradient{{0.0, 0.0, 0.01}};
   const PRFO_STEP_T valley = prfo_step(eigenvalues, gradient, 1, 0.2);
   EXPECT_NEAR(valley.step(1), 0.2, 1e-3);
   // On the top of the barrier there is nothing to climb.
@@ -135,8 +93,7 @@ TEST(PRFO_STEP, LeavesAValleyThatShowsNoWayUp) {
 }
 
 TEST(FOLLOW_MODE, StaysWithNegativeEigenvalues) {
-  VECTOR eigenvalues(3);
-  eigenvalues << -0.2, -0.1, 0.3;
+  const VECTOR eigenvalues{{-0.2, -0.1, 0.3}};
   const MATRIX vectors = MATRIX::Identity(3, 3);
   const VECTOR before = VECTOR::LinSpaced(3, 1.0, 3.0).normalized();
   EXPECT_EQ(follow_mode(eigenvalues, vectors, before, 0.4).mode, 3);
@@ -175,9 +132,9 @@ TEST(BOFILL_UPDATE, FulfilsTheSecantConditionAndStaysSymmetric) {
 /// The quadratic model in internal coordinates must follow a strained surface to third order: without the bend of the
 /// coordinates it would only to second.
 TEST(HESSIAN_TRANSFORM, KeepsTheQuadraticModelAwayFromStationaryPoints) {
-  const STRUCTURE_T hydrogen_peroxide = structure("O 0 0.72 0\nO 0 -0.72 0\nH 0.8 0.9 0.4\nH -0.8 -0.9 0.4\n");
-  PAIR_SURFACE_T surface(hydrogen_peroxide, 1.03 * hydrogen_peroxide.x);
+  const STRUCTURE_T hydrogen_peroxide = sample("HOOH");
   const VECTOR x = 1.03 * hydrogen_peroxide.x;
+  FUNCTION_SURFACE_T surface(hydrogen_peroxide, x, strained_pairs(hydrogen_peroxide));
   const MATRIX cartesian = cartesian_hessian(surface, x);
   INTERNAL_SYSTEM_T system(hydrogen_peroxide.z, INTERNAL_COORDS::generate_coordinates(hydrogen_peroxide.z, x), {});
   const GRADIENTS::SURFACE_POINT_T here = surface.energy_and_gradient(x);
@@ -201,7 +158,7 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
   // -0.594; beyond it the way up goes on away from the barrier, and the search has to turn round.
   for (const auto& [side, mode] : {std::pair{-0.25, 0}, {0.0, 0}, {0.12, 2}, {-0.58, 2}, {-0.61, 2}}) {
     const STRUCTURE_T start = structure("H 0 " + std::to_string(side * 0.4) + " 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n");
-    FUNCTION_SURFACE_T surface(start, jumping_atom(2.0));
+    FUNCTION_SURFACE_T surface(start, start.x, jumping_atom(2.0));
     RECORD_T record;
     SADDLE_SETTINGS_T settings;
     settings.mode = mode;
@@ -225,7 +182,7 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
 
 TEST(SADDLE_SEARCH, UsesCartesianCoordinatesForAtomsOnALine) {
   const STRUCTURE_T start = structure("H 0 0 0.1\nF 0 0 -1.25\nF 0 0 1.3\n");
-  FUNCTION_SURFACE_T surface(start, [](const VECTOR& x) {
+  FUNCTION_SURFACE_T surface(start, start.x, [](const VECTOR& x) {
     const double u = (distance(x, 0, 1) - distance(x, 0, 2)) / 0.5;
     const double v = distance(x, 0, 1) + distance(x, 0, 2) - 4.8;
     return 0.02 * (u * u - 1.0) * (u * u - 1.0) + 0.3 * v * v + 0.02 * x.segment<2>(0).squaredNorm();
@@ -248,7 +205,7 @@ TEST(SADDLE_SEARCH, FollowsTheModeAskedForAndRefusesOthers) {
   const STRUCTURE_T start = structure("H 0 -0.03 0.75\nC 0 -1.1 0\nC 0 1.0 0.1\n");
   std::vector<VECTOR> ends;
   for (const int mode : {1, 2}) {
-    FUNCTION_SURFACE_T surface(start, two_barriers);
+    FUNCTION_SURFACE_T surface(start, start.x, two_barriers);
     RECORD_T record;
     SADDLE_SETTINGS_T settings;
     settings.mode = mode;
@@ -260,7 +217,7 @@ TEST(SADDLE_SEARCH, FollowsTheModeAskedForAndRefusesOthers) {
   }
   EXPECT_GT(std::abs(angle_at(ends[0], 2, 1, 3) - angle_at(ends[1], 2, 1, 3)), 0.2);
 
-  FUNCTION_SURFACE_T surface(start, two_barriers);
+  FUNCTION_SURFACE_T surface(start, start.x, two_barriers);
   RECORD_T record;
   SADDLE_SETTINGS_T settings;
   settings.mode = 4;
@@ -270,7 +227,7 @@ TEST(SADDLE_SEARCH, FollowsTheModeAskedForAndRefusesOthers) {
 
 TEST(SADDLE_SEARCH, EndsWithTheLastGeometryWhenAnEnergyFails) {
   const STRUCTURE_T start = structure("H 0 0.1 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n");
-  FUNCTION_SURFACE_T surface(start, jumping_atom(2.0));
+  FUNCTION_SURFACE_T surface(start, start.x, jumping_atom(2.0));
   const MATRIX hessian = cartesian_hessian(surface, start.x);
   surface.failing_evaluation = surface.evaluations + 3;
   RECORD_T record;
