@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <sstream>
 
 #include "hessian/vibrations.hpp"
@@ -43,41 +42,12 @@ class POLYNOMIAL_SURFACE_T : public GRADIENTS::ENERGY_SURFACE_T {
   MATRIX a_;
 };
 
-/// Largest deviation of the vibrational frequencies from a case of vibrations.json, cm^-1, and of the zero-point energy.
-struct DEVIATION_T {
-  double frequency = 0.0;
-  double zero_point = 0.0;
-};
-DEVIATION_T deviation_from(const nlohmann::json& entry, const std::string& grid) {
-  TESTS::SURFACE_CASE_T test = TESTS::surface_case(entry);
-  test.input.grid = grid;
-  test.input = settings_for_differences(test.input);
-  GRADIENTS::SCF_SURFACE_T surface = test.surface();
-  HESSIAN_OBSERVER_T silent;
-  const NUMERICAL_HESSIAN_T hessian = numerical_hessian(surface, silent);
-  EXPECT_EQ(hessian.unconverged, 0);
-  EXPECT_LT((hessian.hessian - hessian.hessian.transpose()).norm(), 1e-14);
-  VIBRATIONS::VIBRATIONS_T found;
-  std::ostringstream report;
-  EXPECT_EQ(VIBRATIONS::analyse_vibrations(test.molecule, hessian.hessian, nullptr, found, report), 0);
-  DEVIATION_T deviation;
-  const nlohmann::json& expected = entry["frequencies"];
-  const Eigen::Index first = found.frequencies.size() - static_cast<Eigen::Index>(expected.size());
-  for (std::size_t m = 0; m < expected.size(); ++m) {
-    const double difference = found.frequencies(first + static_cast<Eigen::Index>(m)) - expected[m].get<double>();
-    deviation.frequency = std::max(deviation.frequency, std::abs(difference));
-  }
-  deviation.zero_point = std::abs(found.zero_point_energy() - entry["thermo"]["ZPE"].get<double>());
-  return deviation;
-}
-
 }  // namespace
 
 TEST(NumericalHessian, OfAPolynomialIsExact) {
   POLYNOMIAL_SURFACE_T surface;
-  std::ostringstream report;
-  HESSIAN_PRINTER_T printer(report);
-  const NUMERICAL_HESSIAN_T result = numerical_hessian(surface, printer);
+  HESSIAN_OBSERVER_T silent;
+  const NUMERICAL_HESSIAN_T result = numerical_hessian(surface, silent);
   // Central differences do not see the cubic terms.
   EXPECT_LT((result.hessian - surface.second_derivatives()).cwiseAbs().maxCoeff(), 1e-12);
   EXPECT_EQ(result.energy, -1.5);
@@ -87,34 +57,33 @@ TEST(NumericalHessian, OfAPolynomialIsExact) {
   EXPECT_TRUE(surface.precise);
   EXPECT_FALSE(BOYS::precise_mode());
   EXPECT_EQ(result.unconverged, 1);
-  EXPECT_EQ(report.str().find("   Computing numerical Hessian (gradient FD)...\n   Hessian dimension:      6\n"
-                              "   Gradient evaluations:   12\n   Displacement (bohr):    0.005\n"
-                              "   Running reference SCF...\n   Reference energy: "),
-            0U);
-  EXPECT_NE(report.str().find("     coord 1/6 done ("), std::string::npos);
-  EXPECT_NE(report.str().find(" s total)\n     Numerical Hessian complete.\n"), std::string::npos);
-  print_unconverged(result, report);
-  EXPECT_NE(report.str().find("   *** WARNING: 1 of the 13 SCF runs did not converge"), std::string::npos);
 }
 
 TEST(NumericalHessian, FrequenciesAgreeWithAnalyticHessiansOfAnIndependentProgram) {
   const nlohmann::json cases = TESTS::reference("vibrations");
-  struct CASE_T {
-    std::string molecule, method;
-    double tolerance;  ///< cm^-1
-  };
-  // The other cases of the file: bench/check_frequencies.py.
-  const std::vector<CASE_T> tests = {{"water", "HF", 1.0}, {"oxygen", "B3LYP", 2.0}};
-  std::size_t done = 0;
+  int done = 0;
   for (const auto& entry : cases) {
-    for (const CASE_T& test : tests) {
-      if (entry["molecule"] != test.molecule || entry["method"] != test.method) continue;
-      SCOPED_TRACE(test.molecule + " " + test.method);
-      const DEVIATION_T deviation = deviation_from(entry, "FINE");
-      EXPECT_LT(deviation.frequency, test.tolerance);
-      EXPECT_LT(deviation.zero_point, test.method == "HF" ? 1e-6 : 1e-5);
-      ++done;
-    }
+    const std::string name = entry["molecule"].get<std::string>() + " " + entry["method"].get<std::string>();
+    if (name != "water HF" && name != "oxygen B3LYP") continue;  // the others: bench/check_frequencies.py
+    SCOPED_TRACE(name);
+    const bool grid = name == "oxygen B3LYP";
+    TESTS::SURFACE_CASE_T test = TESTS::surface_case(entry);
+    test.input.grid = "FINE";
+    test.input = settings_for_differences(test.input);
+    GRADIENTS::SCF_SURFACE_T surface = test.surface();
+    HESSIAN_OBSERVER_T silent;
+    const NUMERICAL_HESSIAN_T hessian = numerical_hessian(surface, silent);
+    EXPECT_EQ(hessian.unconverged, 0);
+    EXPECT_LT((hessian.hessian - hessian.hessian.transpose()).norm(), 1e-14);
+    VIBRATIONS::VIBRATIONS_T found;
+    std::ostringstream report;
+    EXPECT_EQ(VIBRATIONS::analyse_vibrations(test.molecule, hessian.hessian, nullptr, found, report), 0);
+    const std::vector<double> expected = entry["frequencies"];
+    const auto n = static_cast<Eigen::Index>(expected.size());
+    const VECTOR difference = found.frequencies.tail(n) - Eigen::Map<const VECTOR>(expected.data(), n);
+    EXPECT_LT(difference.lpNorm<Eigen::Infinity>(), grid ? 2.0 : 1.0);  // cm^-1
+    EXPECT_NEAR(found.zero_point_energy(), entry["thermo"]["ZPE"].get<double>(), grid ? 1e-5 : 1e-6);
+    ++done;
   }
-  EXPECT_EQ(done, tests.size());
+  EXPECT_EQ(done, 2);
 }

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -22,9 +23,8 @@ MOLECULE_T turned(const MOLECULE_T& molecule, double angle) {
   return GRADIENTS::moved(molecule, positions);
 }
 
-MATRIX hessian_from(const nlohmann::json& triangle) {
-  const auto n =
-      static_cast<Eigen::Index>(std::lround((std::sqrt(8.0 * static_cast<double>(triangle.size()) + 1.0) - 1.0) / 2.0));
+/// From the rows of its lower triangle.
+MATRIX hessian_from(const nlohmann::json& triangle, Eigen::Index n) {
   MATRIX hessian(n, n);
   std::size_t k = 0;
   for (Eigen::Index i = 0; i < n; ++i)
@@ -58,16 +58,15 @@ TEST(Vibrations, FrequenciesAndThermochemistryOfReferenceHessians) {
     SCOPED_TRACE(entry["molecule"].get<std::string>() + " " + entry["method"].get<std::string>());
     MOLECULE_T molecule = TESTS::bare_molecule(TESTS::geometry_of(entry["atoms"]));
     molecule.multiplicity = entry["multiplicity"];
-    const VIBRATIONS_T found = vibrations(molecule, hessian_from(entry["hessian"]));
+    const VIBRATIONS_T found =
+        vibrations(molecule, hessian_from(entry["hessian"], 3 * static_cast<Eigen::Index>(molecule.atoms.size())));
     // The reference diagonalises in the space of vibrations only, so its list has no translations and rotations.
-    const nlohmann::json& expected = entry["frequencies"];
-    std::size_t n_found = 0;
-    for (Eigen::Index m = 0; m < found.frequencies.size(); ++m) {
-      if (found.types[static_cast<std::size_t>(m)] == MODE_TYPE::tr) continue;
-      ASSERT_LT(n_found, expected.size());
-      EXPECT_NEAR(found.frequencies(m), expected[n_found++].get<double>(), 0.01);
+    std::vector<double> frequencies;
+    for (std::size_t m = 0; m < found.types.size(); ++m) {
+      if (found.types[m] != MODE_TYPE::tr) frequencies.push_back(found.frequencies(static_cast<Eigen::Index>(m)));
     }
-    EXPECT_EQ(n_found, expected.size());
+    const std::vector<double> expected = entry["frequencies"];
+    EXPECT_THAT(frequencies, testing::Pointwise(testing::DoubleNear(0.01), expected));
     const nlohmann::json& values = entry["thermo"];
     const auto value = [&](const char* key) { return values[key].get<double>(); };
     const THERMOCHEMISTRY_T thermo = thermochemistry(molecule, found, entry["energy"]);
@@ -92,9 +91,6 @@ TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
     const VECTOR root = root_masses(there);
     const PROJECTION_T projection = project_rigid_motions(mass_weighted(spring(there, 0.3), root), there, root);
     EXPECT_EQ(projection.n_removed, 5);
-    std::ostringstream report;
-    print_projection(projection, report);
-    EXPECT_EQ(report.str(), "     Projected out 5 TR modes (linear molecule).\n");
     // omega = sqrt(k/mu) of the pair, with the weights of chlorine and fluorine.
     const double mu = 35.453 * 18.9984 / (35.453 + 18.9984) * 1822.888486209;
     const VIBRATIONS_T found = vibrations(there, spring(there, 0.3));
@@ -103,18 +99,15 @@ TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
     EXPECT_EQ(found.count(MODE_TYPE::tr), 5);
   }
   // A Hessian without rigid-motion symmetry must lose exactly those motions: what is left has no force along them.
-  MOLECULE_T water = turned(TESTS::bare_molecule(TESTS::water), 0.7);
-  const VECTOR root = root_masses(water);
-  const PROJECTION_T bent = project_rigid_motions(MATRIX::Identity(9, 9), water, root);
+  const MOLECULE_T water = turned(TESTS::bare_molecule(TESTS::water), 0.7);
+  const PROJECTION_T bent = project_rigid_motions(MATRIX::Identity(9, 9), water, root_masses(water));
   EXPECT_EQ(bent.n_removed, 6);
   EXPECT_FALSE(bent.linear);
   EXPECT_NEAR(bent.matrix.trace(), 3.0, 1e-12);
   EXPECT_LT((bent.matrix * bent.matrix - bent.matrix).norm(), 1e-12);
   const MOLECULE_T atom = TESTS::bare_molecule("Ne 0.3 0.1 -2\n");
-  const PROJECTION_T single = project_rigid_motions(MATRIX::Identity(3, 3), atom, root_masses(atom));
-  EXPECT_EQ(single.n_removed, 3);
   std::ostringstream report;
-  print_projection(single, report);
+  print_projection(project_rigid_motions(MATRIX::Identity(3, 3), atom, root_masses(atom)), report);
   EXPECT_EQ(report.str(), "     Projected out 3 TR modes.\n");
 }
 
@@ -183,14 +176,12 @@ TEST(Vibrations, HessianIsPrintedInBlocksOfSixColumns) {
   hessian(8, 6) = -0.25;
   std::ostringstream report;
   print_hessian(hessian, report);
-  std::istringstream lines(report.str());
-  std::vector<std::string> all;
-  for (std::string line; std::getline(lines, line);) all.push_back(line);
-  ASSERT_EQ(all.size(), 2U + 10U + 1U + 10U + 1U) << report.str();
-  EXPECT_EQ(all[1], "   Cartesian Hessian (Ha/Bohr^2):");
-  EXPECT_EQ(std::istringstream(all[2]).str().find_last_of('6') + 1, all[2].size());
-  EXPECT_TRUE(all[12].empty());
-  EXPECT_EQ(all[22], "       9   -0.25000000    0.00000000    0.00000000");
+  const std::string text = report.str();
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 10 + 1 + 10 + 1) << text;
+  EXPECT_EQ(text.find("\n   Cartesian Hessian (Ha/Bohr^2):\n                     1 "), 0U) << text;
+  for (const char* part :
+       {"             6\n", "\n\n                     7 ", "\n       9   -0.25000000    0.00000000    0.00000000\n"})
+    EXPECT_NE(text.find(part), std::string::npos) << part << text;
 }
 
 TEST(SymmetryNumber, OfKnownShapes) {
