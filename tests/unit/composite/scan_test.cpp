@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -40,26 +41,21 @@ TEST(SCAN, TablesMarkMinimumAndFailures) {
   }
   std::ostringstream two;
   print_scan_summary(variables, result, false, two);
-  const std::string table = two.str();
-  EXPECT_NE(table.find("   E (Ha) -- rows: var 1, columns: var 2\n"), std::string::npos) << table;
-  EXPECT_NE(table.find("   dE (kcal/mol relative to minimum)\n"), std::string::npos);
-  EXPECT_NE(table.find("      0.0*          **\n"), std::string::npos)
-      << table;  // the failed point is lower, but no minimum
-  EXPECT_NE(
-      table.find("   Minimum energy:  -1.0400000000\n     at var 1 (D) = 90.0000 deg\n     at var 2 (R) = 1.5000 Ang\n"),
-      std::string::npos)
-      << table;
-  EXPECT_NE(table.find("   ** = SCF did not converge at this point.\n"), std::string::npos);
+  // The failed point is lower, but no minimum.
+  for (const char* text :
+       {"   E (Ha) -- rows: var 1, columns: var 2\n", "   dE (kcal/mol relative to minimum)\n", "      0.0*          **\n",
+        "   Minimum energy:  -1.0400000000\n     at var 1 (D) = 90.0000 deg\n     at var 2 (R) = 1.5000 Ang\n",
+        "   ** = SCF did not converge at this point.\n"})
+    EXPECT_THAT(two.str(), testing::HasSubstr(text));
   variables = {{'R', 2, 1.0, 1.5, 0.1, 6}};
-  std::ostringstream one;
   for (SCAN_POINT_T& point : result.points) point.values.resize(1);
+  std::ostringstream one;
   print_scan_summary(variables, result, true, one);
-  EXPECT_NE(one.str().find("  Relaxed PES scan -- summary\n"), std::string::npos);
-  EXPECT_NE(one.str().find("   Point      R(Ang)         E(Ha)       dE(kcal/mol)\n"
-                           "   -----   ----------   ----------------   ------------\n"),
-            std::string::npos);
-  EXPECT_NE(one.str().find("-6.2751  **\n"), std::string::npos) << one.str();
-  EXPECT_NE(one.str().find("   ** = optimization did not converge at this point.\n"), std::string::npos);
+  for (const char* text :
+       {"  Relaxed PES scan -- summary\n",
+        "   Point      R(Ang)         E(Ha)       dE(kcal/mol)\n   -----   ----------   ----------------   ------------\n",
+        "-6.2751  **\n", "   ** = optimization did not converge at this point.\n"})
+    EXPECT_THAT(one.str(), testing::HasSubstr(text));
 }
 
 TEST(SCAN, ReasonsForAnEarlyEnd) {

@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <Eigen/Geometry>
-
 #include "support/surfaces.hpp"
 
-// Total gradients: against an independent program (tests/reference/make_gradient_references.py), against central differences
-// of the energies of the same surface, and against themselves (restricted = unrestricted, semi-analytical = analytic). The
-// one-electron, two-electron and exchange-correlation terms by themselves: tests/unit/integrals, tests/unit/dft.
+// Total gradients: against an independent program (tests/reference/make_gradient_references.py), with density functionals
+// against differences of the energies of the same surface, and against themselves (restricted = unrestricted,
+// semi-analytical = analytic). The terms by themselves: tests/unit/integrals, tests/unit/dft.
 
 namespace {
 
@@ -49,12 +47,10 @@ TEST(SCF_GRADIENT, IsTheDerivativeOfThePrintedEnergy) {
   struct CASE_T {
     std::string geometry, method, grid;
     int multiplicity;
-    double tolerance;
   };
   const std::vector<CASE_T> cases = {
-      {bent, "HF", "6", 1, 2e-7},        {radical, "HF", "6", 2, 2e-7},    {bent, "SVWN", "2", 1, 1e-6},
-      {bent, "PBE", "6", 1, 1e-6},       {radical, "B3LYP", "2", 2, 1e-6}, {bent, "R2SCAN", "2", 1, 1e-6},
-      {radical, "R2SCAN", "8", 2, 1e-6},
+      {bent, "SVWN", "2", 1},   {bent, "PBE", "6", 1},       {radical, "B3LYP", "2", 2},
+      {bent, "R2SCAN", "2", 1}, {radical, "R2SCAN", "8", 2},
   };
   const double h = 1e-3;
   for (const CASE_T& test : cases) {
@@ -69,7 +65,7 @@ TEST(SCF_GRADIENT, IsTheDerivativeOfThePrintedEnergy) {
       step(k) = h;
       const double wide = surface.energy(here + 2.0 * step).energy - surface.energy(here - 2.0 * step).energy;
       const double narrow = surface.energy(here + step).energy - surface.energy(here - step).energy;
-      EXPECT_NEAR(gradient(k), (8.0 * narrow - wide) / (12.0 * h), test.tolerance) << k;
+      EXPECT_NEAR(gradient(k), (8.0 * narrow - wide) / (12.0 * h), 1e-6) << k;
     }
     for (Eigen::Index k = 0; k < 3; ++k) EXPECT_NEAR(gradient(k) + gradient(3 + k) + gradient(6 + k), 0.0, 1e-8);
   }
@@ -103,21 +99,6 @@ TEST(SCF_GRADIENT, RestrictedEqualsUnrestrictedAndSemiAnalyticalEqualsAnalytic) 
       }
     }
   }
-}
-
-TEST(SCF_GRADIENT, RotatesWithTheMoleculeAndVanishesForAtoms) {
-  const VECTOR atom = gradient_of(tight(TESTS::surface_case("N 0.3 0.2 0.1\n", "6-31G*", "HF", {0, 4, false})));
-  EXPECT_LT(atom.cwiseAbs().maxCoeff(), 1e-9);
-  SURFACE_CASE_T test = tight(TESTS::surface_case(TESTS::formaldehyde, "6-31G*", "HF"));
-  const VECTOR gradient = gradient_of(test);
-  const Eigen::Matrix3d turn = Eigen::AngleAxisd(0.7, Eigen::Vector3d(1.0, 2.0, -0.5).normalized()).toRotationMatrix();
-  CARTESIAN_T positions = positions_of(test.molecule);
-  for (Eigen::Index a = 0; a < positions.size(); a += 3)
-    positions.segment<3>(a) = turn * positions.segment<3>(a) + Eigen::Vector3d(1.0, -2.0, 3.0);
-  test.molecule = moved(test.molecule, positions);
-  const VECTOR there = gradient_of(test);
-  for (Eigen::Index a = 0; a < positions.size(); a += 3)
-    EXPECT_LT((there.segment<3>(a) - turn * gradient.segment<3>(a)).norm(), 1e-8);
 }
 
 TEST(SCF_SURFACE, ForgetsWhereItHasBeen) {
