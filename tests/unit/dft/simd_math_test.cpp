@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "dft/kernels/math_probe.hpp"
+#include "support/instruction_sets.hpp"
 
 using namespace zentrix;
 using kernels::ISA;
@@ -50,8 +50,7 @@ std::vector<double> arguments(const FUNCTION_T& f) {
 
 // Errors in units of the last place against the extended-precision library, over the whole range that is promised.
 TEST(SIMD_MATH, AGREES_WITH_THE_STANDARD_LIBRARY) {
-  for (ISA isa : {ISA::baseline, ISA::avx2, ISA::avx512}) {
-    if (isa > kernels::best_isa()) continue;
+  for (ISA isa : TESTS::available_isas()) {
     for (const FUNCTION_T& f : FUNCTIONS) {
       const std::vector<double> x = arguments(f);
       std::vector<double> y(x.size());
@@ -69,8 +68,7 @@ TEST(SIMD_MATH, AGREES_WITH_THE_STANDARD_LIBRARY) {
 }
 
 TEST(SIMD_MATH, STAYS_FINITE_AT_THE_ENDS) {
-  for (ISA isa : {ISA::baseline, ISA::avx2, ISA::avx512}) {
-    if (isa > kernels::best_isa()) continue;
+  for (ISA isa : TESTS::available_isas()) {
     const std::vector<double> x = {0.0, -0.0, 1e300, 1e308, 709.0, -709.0, -1e300, 3e-308};
     std::vector<double> y(8);
     ZX_PICK(isa, math_probe)(MATH_FUNCTION::exp, 8, x.data(), y.data());

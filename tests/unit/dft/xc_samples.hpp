@@ -1,17 +1,20 @@
 #pragma once
 
 #include <cmath>
-#include <cstdlib>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "dft/xc_evaluator.hpp"
+#include "support/instruction_sets.hpp"
 
 // Points and results of the exchange-correlation tests.
 
 namespace zentrix::DFT::samples {
+
+using TESTS::available_isas;
+using TESTS::ISA_GUARD;
 
 inline const std::vector<XC_COMPONENT> COMPONENTS = {XC_COMPONENT::slater_x, XC_COMPONENT::b88_x,   XC_COMPONENT::pbe_x,
                                                      XC_COMPONENT::vwn5_c,   XC_COMPONENT::lyp_c,   XC_COMPONENT::pbe_c,
@@ -90,25 +93,16 @@ inline std::vector<double> open_points(int n, double lowest, double highest, uns
   return values;
 }
 
-/// The first `variables` arrays.
-inline std::vector<double> truncated(const std::vector<double>& values, int total, int variables) {
-  return {values.begin(), values.begin() + static_cast<long>(values.size()) / total * variables};
-}
-
-/// Runs with one instruction set and puts the environment back.
-class ISA_GUARD_T {
- public:
-  explicit ISA_GUARD_T(kernels::ISA isa) { setenv("ZENTRIX_ISA", kernels::isa_name(isa), 1); }
-  ~ISA_GUARD_T() { unsetenv("ZENTRIX_ISA"); }
-  ISA_GUARD_T(const ISA_GUARD_T&) = delete;
-  ISA_GUARD_T& operator=(const ISA_GUARD_T&) = delete;
-};
-
-inline std::vector<kernels::ISA> available_isas() {
-  std::vector<kernels::ISA> list;
-  for (kernels::ISA isa : {kernels::ISA::baseline, kernels::ISA::avx2, kernels::ISA::avx512})
-    if (isa <= kernels::best_isa()) list.push_back(isa);
-  return list;
+/// Of seven arrays over points those that are the variables of an evaluator; a closed shell takes those of the first spin.
+inline std::vector<double> variables_of(const std::vector<double>& values, const XC_EVALUATOR_T& xc) {
+  const auto n = static_cast<long>(values.size() / 7);
+  const long closed[3] = {0, 2, 5};
+  std::vector<double> chosen;
+  for (int v = 0; v < xc.variables(); ++v) {
+    const auto from = values.begin() + (xc.channels() == 1 ? closed[v] : v) * n;
+    chosen.insert(chosen.end(), from, from + n);
+  }
+  return chosen;
 }
 
 }  // namespace zentrix::DFT::samples

@@ -1,21 +1,22 @@
 #pragma once
 
 #include <cmath>
-#include <cstdlib>
 #include <numbers>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "constants/limits.hpp"
 #include "integrals/reference_eri.hpp"
 #include "linalg/matrix.hpp"
 #include "molecule/types.hpp"
-#include "simd/isa.hpp"
+#include "support/instruction_sets.hpp"
 
 // Hand-made shells and molecules for the two-electron tests, and matrices by brute force over reference integrals.
 
 namespace zentrix::samples {
+
+using TESTS::available_isas;
+using TESTS::ISA_GUARD;
 
 /// A shell with coefficients for unnormalised primitives scaled so that x^l has self-overlap 1.
 inline SHELL_T shell(int atom, int l, std::vector<double> alpha, std::vector<double> weight) {
@@ -81,23 +82,6 @@ inline MATRIX random_symmetric(int n, unsigned seed) {
 inline INTEGRALS_2E::CENTERED_SHELL_T centered(const MOLECULE_T& m, int s) {
   const SHELL_T& shell = m.shells[static_cast<std::size_t>(s)];
   return {shell, m.atoms[static_cast<std::size_t>(shell.atom)].position};
-}
-
-/// Runs a block with one instruction set of the engines.
-class ISA_GUARD {
- public:
-  explicit ISA_GUARD(kernels::ISA isa) { setenv("ZENTRIX_ISA", kernels::isa_name(isa), 1); }
-  ~ISA_GUARD() { unsetenv("ZENTRIX_ISA"); }
-  ISA_GUARD(const ISA_GUARD&) = delete;
-  ISA_GUARD& operator=(const ISA_GUARD&) = delete;
-};
-
-/// Instruction sets that this processor and this build can run.
-inline std::vector<kernels::ISA> available_isas() {
-  std::vector<kernels::ISA> list;
-  for (kernels::ISA isa : {kernels::ISA::baseline, kernels::ISA::avx2, kernels::ISA::avx512})
-    if (isa <= kernels::best_isa()) list.push_back(isa);
-  return list;
 }
 
 }  // namespace zentrix::samples
