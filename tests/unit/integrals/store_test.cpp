@@ -45,14 +45,6 @@ TEST(ERI_STORE, A_LIMIT_OF_EXACTLY_THE_SIZE_IS_CONVENTIONAL) {
   EXPECT_TRUE(store_fits(131072, 1));
   EXPECT_FALSE(store_fits(131073, 1));
   EXPECT_TRUE(store_fits(std::int64_t{131072} * 2000000, 2000000));  // beyond 32 bits
-  MOLECULE_T m;
-  m.atoms = {samples::atom(0.0, 0.0, 0.0)};
-  for (int n = 0; n < 26; ++n) m.shells.push_back(samples::shell(0, 0, {0.3 + 0.1 * n}, {1.0}));
-  m = samples::finish(std::move(m), false);
-  EXPECT_TRUE(JK_BUILDER(m).decide_mode(1).conventional);  // 493 kB
-  m.shells.push_back(samples::shell(0, 2, {0.4}, {1.0}));
-  m.shells.push_back(samples::shell(0, 2, {0.9}, {1.0}));
-  EXPECT_FALSE(JK_BUILDER(samples::finish(std::move(m), false)).decide_mode(1).conventional);
 }
 
 TEST(ERI_STORE, DESCRIPTORS_FIND_EVERY_INTEGRAL) {
