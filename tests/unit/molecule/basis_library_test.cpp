@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "constants/elements.hpp"
 #include "constants/limits.hpp"
 #include "molecule/basis_file.hpp"
 #include "molecule/molecule.hpp"
+#include "support/reference.hpp"
 
 // The basis library on disk and its readers.
 
@@ -66,34 +65,26 @@ TEST(BASIS_LIBRARY, EveryShippedFileIsReadAndEveryShellNormalises) {
   EXPECT_GT(elements, 4000);
 }
 
-TEST(BASIS_LIBRARY, FunctionCountsAreThePublishedOnes) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/basis_sizes.json");
-  const nlohmann::json all = nlohmann::json::parse(file);
-  ASSERT_GT(all.size(), 40U);
-  for (const auto& [name, elements] : all.items()) {
-    for (const auto& [z_text, sizes] : elements.items()) {
-      const int z = std::stoi(z_text);
-      SCOPED_TRACE(name + " " + element_symbol(z));
-      ELEMENT_BASIS_T basis;
-      const DATA_STATUS status = read_basis_file(basis_path(name), z, basis);
-      if (sizes[2].get<int>() > LMAX_BASIS) {
-        EXPECT_EQ(status, DATA_STATUS::angular_momentum);
-        continue;
-      }
-      ASSERT_EQ(status, DATA_STATUS::ok);
-      int cartesian = 0;
-      int spherical = 0;
-      for (const SHELL_T& shell : basis.shells) {
-        cartesian += n_cartesian(shell.l);
-        spherical += n_spherical(shell.l);
-      }
-      EXPECT_EQ(cartesian, sizes[0].get<int>());
-      EXPECT_EQ(spherical, sizes[1].get<int>());
-      ECP_T ecp;
-      const bool has_ecp = read_ecp_file(ecp_path(name), z, ecp) == DATA_STATUS::ok;
-      EXPECT_EQ(has_ecp ? ecp.n_core : 0, sizes[3].get<int>());
-    }
+/// Published counts of one element: Cartesian and spherical functions, highest angular momentum, core electrons.
+void expect_sizes(const nlohmann::json& sizes, int z, const std::string& name) {
+  ELEMENT_BASIS_T basis;
+  const DATA_STATUS status = read_basis_file(basis_path(name), z, basis);
+  if (sizes[2].get<int>() > LMAX_BASIS) {
+    EXPECT_EQ(status, DATA_STATUS::angular_momentum);
+    return;
   }
+  ASSERT_EQ(status, DATA_STATUS::ok);
+  int cartesian = 0;
+  int spherical = 0;
+  for (const SHELL_T& shell : basis.shells) {
+    cartesian += n_cartesian(shell.l);
+    spherical += n_spherical(shell.l);
+  }
+  EXPECT_EQ(cartesian, sizes[0].get<int>());
+  EXPECT_EQ(spherical, sizes[1].get<int>());
+  ECP_T ecp;
+  const bool has_ecp = read_ecp_file(ecp_path(name), z, ecp) == DATA_STATUS::ok;
+  EXPECT_EQ(has_ecp ? ecp.n_core : 0, sizes[3].get<int>());
 }
 
 /// Checksums of one element, as tests/reference/make_basis_numbers.py forms them from another collection.
@@ -134,18 +125,19 @@ void expect_numbers(const nlohmann::json& expected, int z, const std::string& na
 }
 
 /// The split-valence families are put together from parts: an independent collection must agree on the whole.
-TEST(BASIS_LIBRARY, NumbersAgreeWithAnotherCollection) {
-  std::ifstream file(ZENTRIX_SOURCE_DIR "/tests/reference/basis_numbers.json");
-  const nlohmann::json reference = nlohmann::json::parse(file);
-  int compared = 0;
-  for (const auto& [name, elements] : reference.items()) {
-    for (const auto& [z, expected] : elements.items()) {
-      SCOPED_TRACE(name + " " + element_symbol(std::stoi(z)));
-      expect_numbers(expected, std::stoi(z), name);
-      ++compared;
+TEST(BASIS_LIBRARY, SizesAndNumbersAgreeWithOtherCollections) {
+  for (const auto& [file, expect] : {std::pair{"basis_sizes", &expect_sizes}, {"basis_numbers", &expect_numbers}}) {
+    const nlohmann::json reference = TESTS::reference(file);
+    int compared = 0;
+    for (const auto& [name, elements] : reference.items()) {
+      for (const auto& [z, expected] : elements.items()) {
+        SCOPED_TRACE(name + " " + element_symbol(std::stoi(z)));
+        expect(expected, std::stoi(z), name);
+        ++compared;
+      }
     }
+    EXPECT_GT(compared, 700);
   }
-  EXPECT_GT(compared, 700);
 }
 
 TEST(BASIS_LIBRARY, EveryPotentialIsReadAndBelongsToABasisSet) {

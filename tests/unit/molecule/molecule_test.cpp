@@ -5,19 +5,17 @@
 #include <filesystem>
 #include <fstream>
 
-#include "constants/limits.hpp"
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
 #include "support/molecules.hpp"
 #include "support/temporary_folder.hpp"
 
-// From the input record to the molecule: counts, messages, normalisation.
+// From the input record to the molecule: counts and messages.
 
 namespace {
 
 using namespace zentrix;
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 struct BUILT_T {
   int error = 0;
@@ -31,15 +29,6 @@ BUILT_T build(const INPUT_PARSER::INPUT_DATA_T& input) {
   result.error = build_molecule(input, result.molecule, report);
   result.report = report.str();
   return result;
-}
-
-TEST(MOLECULE, CountsFunctionsOfTheRun) {
-  const MOLECULE_T cartesian = TESTS::sample_molecule(TESTS::water, "cc-pVQZ");
-  EXPECT_EQ(cartesian.n_basis, cartesian.n_cartesian);
-  EXPECT_EQ(cartesian.n_spherical, 115);
-  const MOLECULE_T spherical = TESTS::sample_molecule(TESTS::water, "cc-pVQZ", {.spherical = true});
-  EXPECT_EQ(spherical.n_basis, 115);
-  EXPECT_EQ(spherical.shells.back().first + spherical.shells.back().nfunc, 115);
 }
 
 TEST(MOLECULE, ElectronCountsAndTheirMessages) {
@@ -63,13 +52,6 @@ TEST(MOLECULE, ElectronCountsAndTheirMessages) {
     EXPECT_NE(built.error, 0) << c.message;
     EXPECT_THAT(built.report, HasSubstr(c.message));
   }
-  const BUILT_T cation = build(TESTS::sample_input("H 0 0 0\nH 0 0 0.74\n", "STO-3G", {1, 2, false}));
-  EXPECT_EQ(cation.error, 0);
-  EXPECT_EQ(cation.molecule.n_alpha, 1);
-  EXPECT_EQ(cation.molecule.n_beta, 0);
-  EXPECT_TRUE(cation.molecule.unrestricted);
-  EXPECT_THAT(cation.report,
-              HasSubstr("   NOTE: Open-shell system (nalpha /= nbeta).\n         Switching to Unrestricted (UHF/UKS).\n"));
 }
 
 TEST(MOLECULE, BasisFailuresNameFileAndReason) {
@@ -131,21 +113,19 @@ TEST(MOLECULE, MixedBasisSetsGoToTheirElements) {
   auto input = TESTS::sample_input(TESTS::water, "STO-3G");
   input.basis = "mixed";
   input.element_basis[8] = "6-31G*";
-  const BUILT_T built = build(input);
-  ASSERT_EQ(built.error, 0) << built.report;
-  EXPECT_EQ(built.molecule.n_basis, 15 + 2);
+  EXPECT_EQ(build(input).molecule.n_basis, 15 + 2);
 }
 
 TEST(MOLECULE, DataFilesFollowTheEnvironment) {
   EXPECT_EQ(data_file_path("x.dat"), "basis_data/x.dat");
-  setenv("ZENTRIX", "/a/b", 1);
-  EXPECT_EQ(data_file_path("x.dat"), "/a/b/basis_data/x.dat");
-  setenv("ZENTRIX", "/a/b/", 1);
-  EXPECT_EQ(data_file_path("x.dat"), "/a/b/basis_data/x.dat");
-  setenv("ZENTRIX", "c:\\b\\", 1);
-  EXPECT_EQ(data_file_path("x.dat"), "c:\\b\\basis_data/x.dat");
-  setenv("ZENTRIX", "", 1);
-  EXPECT_EQ(data_file_path("x.dat"), "basis_data/x.dat");
+  const std::pair<const char*, const char*> cases[] = {{"/a/b", "/a/b/basis_data/x.dat"},
+                                                       {"/a/b/", "/a/b/basis_data/x.dat"},
+                                                       {"c:\\b\\", "c:\\b\\basis_data/x.dat"},
+                                                       {"", "basis_data/x.dat"}};
+  for (const auto& [root, path] : cases) {
+    setenv("ZENTRIX", root, 1);
+    EXPECT_EQ(data_file_path("x.dat"), path);
+  }
   unsetenv("ZENTRIX");
 }
 
@@ -175,33 +155,6 @@ TEST(SHELL_VALIDATION, ExaminesInOrderAndNamesTheRoutine) {
   EXPECT_EQ(message(), "");
 }
 
-TEST(MOLECULE, ClosedShellKeepsTheTreatmentAskedFor) {
-  auto input = TESTS::sample_input(TESTS::water, "STO-3G");
-  input.unrestricted = true;
-  const BUILT_T built = build(input);
-  EXPECT_TRUE(built.molecule.unrestricted);
-  EXPECT_THAT(built.report, Not(HasSubstr("NOTE")));
-  EXPECT_THAT(built.report, HasSubstr("   Molecule built successfully.\n"));
-}
-
-/// A shell of x^l with any mixture of exponents, very tight and very diffuse ones included, ends with norm 1 whatever the
-/// scale of its coefficients was.
-TEST(MOLECULE, NormalisationForgetsTheScaleOfTheCoefficients) {
-  for (int l = 0; l <= LMAX; ++l) {
-    SHELL_T shell{0, l, 3, {1e8, 1.0, 1e-4}, {0.2, 0.5, 0.7}, 0, 0};
-    SHELL_T scaled = shell;
-    for (double& c : scaled.coeff) c *= 1e-3;
-    std::ostringstream report;
-    ASSERT_EQ(normalize_shell(shell, report), 0);
-    ASSERT_EQ(normalize_shell(scaled, report), 0);
-    for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(scaled.coeff[k] / shell.coeff[k], 1.0, 1e-13) << l;
-  }
-  SHELL_T broken{0, 1, 1, {-3.0}, {1.0}, 0, 0};
-  std::ostringstream report;
-  EXPECT_NE(normalize_shell(broken, report), 0);
-  EXPECT_EQ(report.str(), "FATAL [normalize_shell]: alpha(1) <= 0: -3\nnon-positive exponent\n");
-}
-
 TEST(MOLECULE, FrozenCoreChangesAtTheNobleGases) {
   const int counts[][2] = {{2, 0},  {3, 1},   {10, 1},  {11, 5},  {18, 5}, {19, 9},
                            {36, 9}, {37, 18}, {54, 18}, {55, 27}, {87, 43}};
@@ -224,14 +177,6 @@ TEST(MOLECULE, SummaryNumbersShellsAndFunctionsFromOne) {
   EXPECT_THAT(text, HasSubstr("   Primitive Gaussians:       36\n   Spherical basis fns:       18\n"));
   EXPECT_THAT(text, HasSubstr("       6     1  d      1    5         10\n"));
   EXPECT_THAT(text, HasSubstr("      10     3  s      1    1         18\n"));
-}
-
-TEST(MOLECULE, NuclearRepulsionAndGhosts) {
-  MOLECULE_T molecule = TESTS::sample_molecule("H 0 0 0\nH 0 0 0.52917721092\n", "STO-3G");
-  EXPECT_NEAR(nuclear_repulsion(molecule), 1.0, 1e-8);
-  molecule.atoms[1].charge = 0.0;
-  molecule.atoms[1].ghost = true;
-  EXPECT_EQ(nuclear_repulsion(molecule), 0.0);
 }
 
 }  // namespace

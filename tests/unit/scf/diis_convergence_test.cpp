@@ -5,8 +5,7 @@
 
 #include "scf/convergence.hpp"
 #include "scf/diis.hpp"
-#include "scf/scf_report.hpp"
-#include "support/molecules.hpp"
+#include "scf_samples.hpp"
 
 // DIIS subspace rules, the convergence test, and what a run of the loop must do with its settings.
 
@@ -14,6 +13,7 @@ namespace {
 
 using namespace zentrix;
 using namespace zentrix::SCF;
+using namespace zentrix::SCF::samples;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -106,84 +106,65 @@ TEST(DIIS, InterpolationFindsTheLowestEnergyBetweenItsEntries) {
 
 TEST(CONVERGENCE, CountsConsecutiveIterationsAfterTheFirstFew) {
   SCF_OBSERVER_T silent;
-  SCF_SETTINGS_T settings;
-  CONVERGENCE_T test(false);
-  SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 1e-9, .density_change = 1e-7, .gradient = 1e-6};
-  int iterations = 0;
-  while (!test.test(row, settings, silent)) row.iteration = ++iterations;
-  EXPECT_EQ(row.iteration, 7);
-
-  CONVERGENCE_T interrupted(false);
-  for (int i = 1; i <= 6; ++i) {
-    row.iteration = i;
-    EXPECT_FALSE(interrupted.test(row, settings, silent));
+  const SCF_SETTINGS_T settings;
+  for (const int interrupted_at : {0, 7}) {
+    CONVERGENCE_T test(false);
+    SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 1e-9, .density_change = 1e-7, .gradient = 1e-6};
+    do {
+      ++row.iteration;
+      row.density_change = row.iteration == interrupted_at ? 1e-5 : 1e-7;
+    } while (!test.test(row, settings, silent));
+    EXPECT_EQ(row.iteration, interrupted_at == 0 ? 7 : 9);
   }
-  row.density_change = 1e-5;
-  row.iteration = 7;
-  EXPECT_FALSE(interrupted.test(row, settings, silent));
-  row.density_change = 1e-7;
-  row.iteration = 8;
-  EXPECT_FALSE(interrupted.test(row, settings, silent));
-  row.iteration = 9;
-  EXPECT_TRUE(interrupted.test(row, settings, silent));
 }
 
-struct RUN_T {
-  SCF_RESULT_T result;
-  std::string report;
-};
-
-RUN_T run(const std::string& geometry_lines, const std::string& basis, const SCF_SETTINGS_T& settings,
-          bool two_channels = false) {
-  MOLECULE_T molecule = TESTS::sample_molecule(geometry_lines, basis);
-  molecule.unrestricted = two_channels;
-  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  std::ostringstream report;
-  SCF_PRINTER_T printer(report);
-  RUN_T out;
-  out.result = run_scf(geometry, hartree_fock_terms(geometry), settings, {}, printer);
-  out.report = report.str();
-  return out;
-}
-
-TEST(SCF_LOOP, OneAndTwoChannelsAgreeForAClosedShell) {
-  const RUN_T one = run(TESTS::water, "6-31G*", {});
-  SCF_SETTINGS_T lowest;
-  lowest.occupation = INPUT_PARSER::OCCUPATION::strict;
-  const RUN_T two = run(TESTS::water, "6-31G*", lowest, true);
-  EXPECT_NEAR(one.result.energy.total(), two.result.energy.total(), 1e-9);
-  EXPECT_LT((one.result.total_density() - two.result.total_density()).cwiseAbs().maxCoeff(), 1e-5);
-  EXPECT_NEAR(one.result.iterations, two.result.iterations, 1);  // the norm tested is smaller by sqrt 2 for two channels
+TEST(CONVERGENCE, EndsSoftlyWithTwoChannelsOnly) {
+  std::ostringstream text;
+  SCF_PRINTER_T printer(text);
+  const SCF_SETTINGS_T settings;
+  for (const bool soft : {true, false}) {
+    CONVERGENCE_T test(soft);
+    SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 5e-7, .density_change = 1e-4, .gradient = 5e-6};
+    bool ended = false;
+    while (!ended && row.iteration < 60) {
+      ++row.iteration;
+      ended = test.test(row, settings, printer);
+    }
+    EXPECT_EQ(ended, soft);
+    EXPECT_EQ(row.iteration, soft ? settings.min_iterations + SOFT_ITERATIONS : 60);
+  }
+  EXPECT_THAT(text.str(), HasSubstr("   *** SOFT convergence at iter=17 (|dE|=5.000e-07, |g|=5.000e-06, dP=1.000e-04)\n"
+                                    "   ***   Orbital gradient at tolerance for 12 iterations;\n"));
 }
 
 TEST(SCF_LOOP, ShiftAndDampingChangeTheRoadAndNotTheGoal) {
-  const double energy = run(TESTS::formaldehyde, "6-31G", {}).result.energy.total();
-  SCF_SETTINGS_T settings;
-  settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::fixed;
-  settings.level_shift = 0.3;
-  const RUN_T shifted = run(TESTS::formaldehyde, "6-31G", settings);
-  EXPECT_TRUE(shifted.result.converged);
-  EXPECT_NEAR(shifted.result.energy.total(), energy, 1e-7);
+  const MOLECULE_T formaldehyde = TESTS::sample_molecule(TESTS::formaldehyde, "6-31G");
+  const SCF_RESULT_T plain = run(formaldehyde).scf;
+  RUN_OPTIONS_T options;
+  options.settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::fixed;
+  options.settings.level_shift = 0.3;
+  const RUN_T shifted = run(formaldehyde, options);
+  EXPECT_TRUE(shifted.scf.converged);
+  EXPECT_NEAR(shifted.scf.energy.total(), plain.energy.total(), 1e-7);
   EXPECT_THAT(shifted.report, HasSubstr("   Level shift enabled: 0.3 Hartree (fixed)"));
   // The virtual energies are told without the shift.
-  const VECTOR plain = run(TESTS::formaldehyde, "6-31G", {}).result.channels[0].energies;
-  EXPECT_LT((shifted.result.channels[0].energies - plain).cwiseAbs().maxCoeff(), 1e-4);
-  const RUN_T reference = run(TESTS::hydrogen_fluoride, "6-31G", {});
-  settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::off;
-  settings.diis = false;
-  settings.damping = 0.4;
-  const RUN_T damped = run(TESTS::hydrogen_fluoride, "6-31G", settings);
-  EXPECT_TRUE(damped.result.converged);
+  EXPECT_LT((shifted.scf.channels[0].energies - plain.channels[0].energies).cwiseAbs().maxCoeff(), 1e-4);
+  options.settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::off;
+  options.settings.diis = false;
+  options.settings.damping = 0.4;
+  const MOLECULE_T fluoride = TESTS::sample_molecule(TESTS::hydrogen_fluoride, "6-31G");
+  const RUN_T damped = run(fluoride, options);
+  EXPECT_TRUE(damped.scf.converged);
   EXPECT_THAT(damped.report, Not(HasSubstr("    yes\n")));
-  EXPECT_NEAR(damped.result.energy.total(), reference.result.energy.total(), 1e-6);
+  EXPECT_NEAR(damped.scf.energy.total(), run(fluoride).scf.energy.total(), 1e-6);
 }
 
 TEST(SCF_LOOP, AutomaticShiftComesOnceAfterAHundredIterations) {
-  SCF_SETTINGS_T settings;
-  settings.energy_tolerance = 0.0;  // never converges
-  settings.max_iterations = 105;
-  const RUN_T never = run(TESTS::hydrogen_fluoride, "STO-3G", settings);
-  EXPECT_FALSE(never.result.converged);
+  RUN_OPTIONS_T options;
+  options.settings.energy_tolerance = 0.0;  // never converges
+  options.settings.max_iterations = 105;
+  const RUN_T never = run(TESTS::sample_molecule(TESTS::hydrogen_fluoride, "STO-3G"), options);
+  EXPECT_FALSE(never.scf.converged);
   const std::string line =
       "   *** AUTO level shift activated after 100 non-converged iterations: applying 0.2 Ha for remaining iters\n";
   const auto first = never.report.find(line);
@@ -194,16 +175,24 @@ TEST(SCF_LOOP, AutomaticShiftComesOnceAfterAHundredIterations) {
   EXPECT_THAT(never.report, HasSubstr("   ***     - %level_shift 0.4  (AUTO already tried 0.2 Ha)\n"));
 }
 
-TEST(SCF_LOOP, StartsFromAGivenDensity) {
-  const MOLECULE_T molecule = TESTS::sample_molecule(TESTS::water, "6-31G*");
-  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  SCF_OBSERVER_T silent;
-  const SCF_RESULT_T first = run_scf(geometry, hartree_fock_terms(geometry), {}, {}, silent);
-  SCF_SETTINGS_T settings;
-  settings.max_iterations = 1;
-  const SCF_RESULT_T again =
-      run_scf(geometry, hartree_fock_terms(geometry), settings, {{first.channels[0].density}, "previous density"}, silent);
-  EXPECT_NEAR(again.energy.total(), first.energy.total(), 1e-9);
+TEST(SCF_LOOP, OpenShellRunsThatFailSayWhatMayHelp) {
+  RUN_OPTIONS_T options;
+  options.guess = INPUT_PARSER::GUESS::core;
+  const auto failing_run = [&](const std::string& geometry, int multiplicity) {
+    const RUN_T failed = run(open_molecule(geometry, "6-31G", {0, multiplicity, false}), options);
+    EXPECT_FALSE(failed.scf.converged);
+    return failed.report;
+  };
+  options.settings.max_iterations = 2;
+  EXPECT_THAT(failing_run("O 0 0 0\nO 0 0 1.2\n", 3),
+              HasSubstr("   ***   indicates a qualitatively multi-reference state\n"));
+  options.settings.max_iterations = 30;
+  options.settings.density_tolerance = options.settings.energy_tolerance = 0.0;
+  EXPECT_THAT(failing_run("N 0 0 0\n", 4), HasSubstr("   *** Diagnostic: SCF is near convergence but dP keeps spiking\n"));
+  options.settings.gradient_tolerance = 0.0;
+  options.settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::off;
+  EXPECT_THAT(failing_run("N 0 0 0\n", 4), HasSubstr("   ***     - %level_shift 0.2  (if not already set)\n"
+                                                     "   ***     - %initial_guess sad  (already default for UKS)\n"));
 }
 
 }  // namespace

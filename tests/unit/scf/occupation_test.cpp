@@ -3,18 +3,16 @@
 
 #include <sstream>
 
-#include "scf/convergence.hpp"
-#include "scf/guess.hpp"
 #include "scf/occupation.hpp"
-#include "scf/scf_report.hpp"
-#include "support/molecules.hpp"
+#include "scf_samples.hpp"
 
-// Occupation control of unrestricted runs, on orbitals made by hand, and the soft end of a run.
+// Occupation control of unrestricted runs, on orbitals made by hand.
 
 namespace {
 
 using namespace zentrix;
 using namespace zentrix::SCF;
+using namespace zentrix::SCF::samples;
 using INPUT_PARSER::OCCUPATION;
 using ::testing::HasSubstr;
 
@@ -99,15 +97,9 @@ TEST(OCCUPATION_CONTROL, MixTurnsTheFrontierOrbitalsAndAsksForAFreshHistory) {
 
 // The first Fock matrix belongs to the symmetric guess and has no error: left in the history it undoes the mixing.
 TEST(OCCUPATION_CONTROL, MixedStartBreaksTheSymmetryOfAStretchedBond) {
-  MOLECULE_T molecule = TESTS::sample_molecule("H 0 0 0\nH 0 0 5\n", "STO-3G");
-  molecule.unrestricted = true;
-  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  SCF_SETTINGS_T settings;
-  settings.occupation = OCCUPATION::mix;
-  GUESS_OBSERVER_T quiet;
-  SCF_OBSERVER_T silent;
-  const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, quiet);
-  const SCF_RESULT_T result = run_scf(geometry, hartree_fock_terms(geometry), settings, start, silent);
+  RUN_OPTIONS_T options;
+  options.settings.occupation = OCCUPATION::mix;
+  const SCF_RESULT_T result = run(open_molecule("H 0 0 0\nH 0 0 5\n", "STO-3G"), options).scf;
   EXPECT_TRUE(result.converged);
   EXPECT_NEAR(result.energy.total(), 2.0 * -0.46658185, 1e-5);  // two atoms of -0.46658185 hartree
   EXPECT_NEAR(result.s_squared, 1.0, 1e-4);
@@ -134,13 +126,11 @@ TEST(OCCUPATION_CONTROL, DegenerateFrontierOrbitalsAreTurnedToTheAxes) {
 
 double guessed_energy(const std::string& geometry, bool unrestricted, const std::string& basis = "6-31G",
                       INPUT_PARSER::GUESS wish = INPUT_PARSER::GUESS::automatic) {
-  MOLECULE_T molecule = TESTS::sample_molecule(geometry, basis, {0, 1, true});
+  MOLECULE_T molecule = TESTS::sample_molecule(geometry, basis, {.spherical = true});
   molecule.unrestricted = unrestricted;
-  GEOMETRY_DATA_T data(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  GUESS_OBSERVER_T quiet;
-  SCF_OBSERVER_T silent;
-  const SCF_START_T start = initial_guess(molecule, data.one_electron.s, wish, quiet);
-  const SCF_RESULT_T result = run_scf(data, hartree_fock_terms(data), {}, start, silent);
+  RUN_OPTIONS_T options;
+  options.guess = wish;
+  const SCF_RESULT_T result = run(molecule, options).scf;
   EXPECT_TRUE(result.converged) << geometry;
   return result.energy.total();
 }
@@ -161,52 +151,6 @@ TEST(OCCUPATION_CONTROL, GuessFillsADegenerateShellEvenly) {
   const std::string nitrogen = "N 0 0 0\nN 0 0 2.0\n";
   EXPECT_NEAR(guessed_energy(nitrogen, false, "cc-pVDZ"),
               guessed_energy(nitrogen, false, "cc-pVDZ", INPUT_PARSER::GUESS::sad), 1e-7);
-}
-
-TEST(CONVERGENCE, EndsSoftlyWithTwoChannelsOnly) {
-  std::ostringstream text;
-  SCF_PRINTER_T printer(text);
-  const SCF_SETTINGS_T settings;
-  for (const bool soft : {true, false}) {
-    CONVERGENCE_T test(soft);
-    SCF_ROW_T row{.iteration = 0, .energy = -1.0, .energy_change = 5e-7, .density_change = 1e-4, .gradient = 5e-6};
-    bool ended = false;
-    while (!ended && row.iteration < 60) {
-      ++row.iteration;
-      ended = test.test(row, settings, printer);
-    }
-    EXPECT_EQ(ended, soft);
-    EXPECT_EQ(row.iteration, soft ? settings.min_iterations + SOFT_ITERATIONS : 60);
-  }
-  EXPECT_THAT(text.str(), HasSubstr("   *** SOFT convergence at iter=17 (|dE|=5.000e-07, |g|=5.000e-06, dP=1.000e-04)\n"
-                                    "   ***   Orbital gradient at tolerance for 12 iterations;\n"));
-}
-
-std::string failing_run(SCF_SETTINGS_T settings, const std::string& geometry, TESTS::SAMPLE_OPTIONS_T options) {
-  MOLECULE_T molecule = TESTS::sample_molecule(geometry, "6-31G", options);
-  molecule.unrestricted = true;
-  GEOMETRY_DATA_T data(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  std::ostringstream text;
-  SCF_PRINTER_T printer(text);
-  EXPECT_FALSE(run_scf(data, hartree_fock_terms(data), settings, {}, printer).converged);
-  return text.str();
-}
-
-TEST(SCF_LOOP, OpenShellRunsThatFailSayWhatMayHelp) {
-  SCF_SETTINGS_T settings;
-  settings.max_iterations = 2;
-  EXPECT_THAT(failing_run(settings, "O 0 0 0\nO 0 0 1.2\n", {0, 3, false}),
-              HasSubstr("   ***   indicates a qualitatively multi-reference state\n"));
-  settings.max_iterations = 30;
-  settings.density_tolerance = 0.0;
-  settings.energy_tolerance = 0.0;
-  EXPECT_THAT(failing_run(settings, "N 0 0 0\n", {0, 4, false}),
-              HasSubstr("   *** Diagnostic: SCF is near convergence but dP keeps spiking\n"));
-  settings.gradient_tolerance = 0.0;
-  settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::off;
-  EXPECT_THAT(failing_run(settings, "N 0 0 0\n", {0, 4, false}),
-              HasSubstr("   ***     - %level_shift 0.2  (if not already set)\n"
-                        "   ***     - %initial_guess sad  (already default for UKS)\n"));
 }
 
 }  // namespace
