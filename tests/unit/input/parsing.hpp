@@ -1,7 +1,11 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "input/input_parser.hpp"
 
@@ -21,6 +25,17 @@ inline PARSED_T parse(const std::string& text) {
   result.error = INPUT_PARSER::parse_input_stream(file, result.input, report);
   result.report = report.str();
   return result;
+}
+
+/// Every text between `before` and `after` is refused, with its message and the line that closes every refusal.
+inline void expect_refusals(const std::vector<std::pair<std::string, std::string>>& cases, const std::string& before = "",
+                            const std::string& after = "") {
+  for (const auto& [text, message] : cases) {
+    const PARSED_T result = parse(before + text + after);
+    EXPECT_EQ(result.error, 1) << text.substr(0, 100);
+    EXPECT_EQ(result.report, message + "            Run aborted.\n") << text.substr(0, 100);
+    EXPECT_TRUE(result.input.atoms.empty() && result.input.zmatrix.empty());
+  }
 }
 
 /// A complete geometry, for inputs whose interest lies elsewhere.

@@ -7,17 +7,12 @@ namespace zentrix {
 namespace {
 
 using namespace INPUT_PARSER;
-using testing::HasSubstr;
+using TESTS::expect_refusals;
 using TESTS::parse;
 using TESTS::peroxide;
 
-constexpr const char* aborted = "            Run aborted.\n";
-
-std::string scan_input(const std::string& lines) { return "%job scan\n" + peroxide + "%scan\n" + lines + "*end\n"; }
-
-std::string constrained_input(const std::string& lines) {
-  return "%job opt\n" + peroxide + "%constrain\n" + lines + "*end\n";
-}
+const std::string scan = "%job scan\n" + peroxide + "%scan\n";
+const std::string constrained = "%job opt\n" + peroxide + "%constrain\n";
 
 TEST(Scan, LinesInAllTheirForms) {
   struct {
@@ -36,7 +31,7 @@ TEST(Scan, LinesInAllTheirForms) {
       {"A 3 90 90 0", 'A', 90.0, 90.0, 0.0, 1},
   };
   for (const auto& c : cases) {
-    const auto result = parse(scan_input(c.line + std::string("\n")));
+    const auto result = parse(scan + c.line + "\n*end\n");
     ASSERT_EQ(result.error, 0) << c.line << "\n" << result.report;
     const SCAN_VARIABLE_T& v = result.input.scan.at(0);
     EXPECT_EQ(v.kind, c.kind) << c.line;
@@ -48,19 +43,17 @@ TEST(Scan, LinesInAllTheirForms) {
 }
 
 TEST(Scan, MalformedLines) {
-  for (const char* line : {"R 2 1.0 2.0", "B 2 1 2 0.1", "R x 1 2 0.1", "R 2 1 2 0", "R 2 1 2 nan", "RR 2 1 2 0.1",
-                           "R 2 to 1 from 2 0.1", "R 2 -1e308 1e308 1", "R"}) {
-    EXPECT_EQ(parse(scan_input(line + std::string("\n"))).report,
-              " *** ERROR: malformed %scan line:\n              " + std::string(line) +
-                  "\n            Expected: <kind> <row> [from] <val_from> [to] <val_to> [step] <val_step>\n"
-                  "              <kind>  = R | A | D\n              <row>   = z-matrix row index (1-based)\n" +
-                  aborted);
-  }
+  const std::string form =
+      "\n            Expected: <kind> <row> [from] <val_from> [to] <val_to> [step] <val_step>\n"
+      "              <kind>  = R | A | D\n              <row>   = z-matrix row index (1-based)\n";
+  for (const std::string line : {"R 2 1.0 2.0", "B 2 1 2 0.1", "R x 1 2 0.1", "R 2 1 2 0", "R 2 1 2 nan", "RR 2 1 2 0.1",
+                                 "R 2 to 1 from 2 0.1", "R 2 -1e308 1e308 1", "R"})
+    expect_refusals({{line, " *** ERROR: malformed %scan line:\n              " + line + form}}, scan, "\n*end\n");
 }
 
 TEST(Scan, ChecksAgainstTheZmatrix) {
   const std::string fine = "R 2 1 2 0.001\nR 3 1 2 0.001\n";
-  const std::pair<std::string, const char*> cases[] = {
+  const std::vector<std::pair<std::string, std::string>> cases = {
       {"R 5 1 2 0.1\n", " *** ERROR: %scan: row 5 is out of range (z-matrix has 4 atoms).\n"},
       {"R 0 1 2 0.1\n", " *** ERROR: %scan: row 0 is out of range (z-matrix has 4 atoms).\n"},
       {"R 1 1 2 0.1\n", " *** ERROR: %scan: bond R can only be swept on row >= 2 (got row 1).\n"},
@@ -76,16 +69,14 @@ TEST(Scan, ChecksAgainstTheZmatrix) {
        " *** ERROR: %job scan / scanopt requires a \"%scan ... *end\" block\n"
        "            with at least one sweep variable.\n"},
   };
-  for (const auto& [lines, message] : cases)
-    EXPECT_EQ(parse(scan_input(lines)).report, message + std::string(aborted)) << lines;
-  EXPECT_EQ(parse("%job relaxed_scan\n" + TESTS::helium + "%scan\nR 2 1 2 0.1\n*end\n").report,
-            std::string(" *** ERROR: %job scan / scanopt requires a %gz (Z-matrix) geometry block.\n"
-                        "            The scan sweeps z-matrix coordinates, so\n            a connectivity is required.\n") +
-                aborted);
+  expect_refusals(cases, scan, "*end\n");
+  expect_refusals({{"%job relaxed_scan\n" + TESTS::helium + "%scan\nR 2 1 2 0.1\n*end\n",
+                    " *** ERROR: %job scan / scanopt requires a %gz (Z-matrix) geometry block.\n"
+                    "            The scan sweeps z-matrix coordinates, so\n            a connectivity is required.\n"}});
 }
 
 TEST(Constraints, AreReadInEitherCaseAndKeepTheirOrder) {
-  const auto result = parse(constrained_input("b 2 1\nA 1 2 3\nD 4 3 2 1 # torsion\n"));
+  const auto result = parse(constrained + "b 2 1\nA 1 2 3\nD 4 3 2 1 # torsion\n*end\n");
   ASSERT_EQ(result.error, 0) << result.report;
   ASSERT_EQ(result.input.constraints.size(), 3u);
   EXPECT_EQ(result.input.constraints[0].kind, 'B');
@@ -93,16 +84,15 @@ TEST(Constraints, AreReadInEitherCaseAndKeepTheirOrder) {
 }
 
 TEST(Constraints, FaultyLinesAndEntries) {
-  for (const char* line : {"B 1", "A 1 2", "D 1 2 3", "B 1 2 3", "B 1 x", "BB 1 2", "B 1 2.0"}) {
-    EXPECT_EQ(parse(constrained_input(line + std::string("\n"))).report,
-              " *** ERROR: malformed %constrain line:\n              " + std::string(line) +
-                  "\n            Expected: <kind> <i> <j> [<k> [<l>]]\n              <kind> = B (bond, 2 atoms)\n"
-                  "                     | A (angle, 3 atoms)\n                     | D (dihedral, 4 atoms)\n" +
-                  aborted);
-  }
+  const std::string form =
+      "\n            Expected: <kind> <i> <j> [<k> [<l>]]\n              <kind> = B (bond, 2 atoms)\n"
+      "                     | A (angle, 3 atoms)\n                     | D (dihedral, 4 atoms)\n";
+  for (const std::string line : {"B 1", "A 1 2", "D 1 2 3", "B 1 2 3", "B 1 x", "BB 1 2", "B 1 2.0"})
+    expect_refusals({{line, " *** ERROR: malformed %constrain line:\n              " + line + form}}, constrained,
+                    "\n*end\n");
   std::string many;
   for (int i = 0; i < 33; ++i) many += "B 1 2\n";
-  const std::pair<std::string, const char*> cases[] = {
+  const std::vector<std::pair<std::string, std::string>> cases = {
       {many, " *** ERROR: %constrain block has more than 32 entries.\n"},
       {"R 1 2\n", " *** ERROR: %constrain: unknown kind 'R'.\n"},
       {"B 1 5\n", " *** ERROR: %constrain: atom index 5 is out of range (natom = 4).\n"},
@@ -112,18 +102,16 @@ TEST(Constraints, FaultyLinesAndEntries) {
       {"A 1 2 3\nB 1 2\nB 2 1\n", " *** ERROR: %constrain: entries 2 and 3 refer to the same coordinate.\n"},
       {"D 1 2 3 4\nD 4 3 2 1\n", " *** ERROR: %constrain: entries 1 and 2 refer to the same coordinate.\n"},
   };
-  for (const auto& [lines, message] : cases) {
-    EXPECT_EQ(parse(constrained_input(lines)).report, message + std::string(aborted)) << lines;
-  }
+  expect_refusals(cases, constrained, "*end\n");
   // Another bond order of the same atoms is another coordinate.
-  EXPECT_EQ(parse(constrained_input("A 1 2 3\nA 2 1 3\nD 1 2 3 4\nD 1 3 2 4\n")).error, 0);
+  EXPECT_EQ(parse(constrained + "A 1 2 3\nA 2 1 3\nD 1 2 3 4\nD 1 3 2 4\n*end\n").error, 0);
   // A relaxed scan holds what it sweeps already; an entry may not be swept as well.
   const std::string swept = "%job scanopt\n" + peroxide + "%scan\nD 4 0 90 30\nR 2 1.4 1.5 0.1\n*end\n%constrain\n";
   EXPECT_EQ(parse(swept + "B 1 3\nA 1 2 3\n*end\n").error, 0);
-  EXPECT_EQ(parse(swept + "B 1 3\nB 1 2\n*end\n").report,
-            std::string(" *** ERROR: %constrain: entry 2 is the coordinate that sweep variable 2 moves.\n") + aborted);
-  EXPECT_EQ(parse("%job ts\n" + peroxide + "%constrain\n*end\n").report,
-            std::string(" *** ERROR: %constrain block requires %job opt or %job opt+freq.\n") + aborted);
+  expect_refusals(
+      {{swept + "B 1 3\nB 1 2\n*end\n", " *** ERROR: %constrain: entry 2 is the coordinate that sweep variable 2 moves.\n"},
+       {"%job ts\n" + peroxide + "%constrain\n*end\n",
+        " *** ERROR: %constrain block requires %job opt or %job opt+freq.\n"}});
 }
 
 }  // namespace
