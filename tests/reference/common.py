@@ -1,9 +1,11 @@
-"""What the scripts that make references share: this program's basis files in PySCF's layout, geometries, the factor of length."""
+"""What the scripts that make references share: this program's basis files in PySCF's layout, geometries, mean fields, records."""
+import json
 from pathlib import Path
 
-from pyscf import gto, scf
+from pyscf import dft, gto, scf
 
 BOHR = 1.8897261246257702
+B3LYP = "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"
 
 
 def file_stem(name):
@@ -41,10 +43,40 @@ def atoms_of(text):
     return [(line.split()[0], [float(x) for x in line.split()[1:]]) for line in text.split(";")]
 
 
+def read_xyz(path):
+    lines = Path(path).read_text().splitlines()
+    return [(w[0], [float(x) for x in w[1:4]]) for w in (line.split() for line in lines[2 : 2 + int(lines[0])])]
+
+
 def molecule(folder, atoms, basis, spherical, charge=0, multiplicity=1):
     """The peer's molecule with this program's basis numbers and factor from angstrom to bohr."""
     return gto.M(atom=[(s, [x * BOHR for x in r]) for s, r in atoms], unit="Bohr", charge=charge, spin=multiplicity - 1,
                  cart=not spherical, verbose=0, basis={s: read_basis(folder, basis, s) for s, _ in atoms})
+
+
+def mean_field(mol, xc=None, grid=None, **settings):
+    """Restricted for singlets, unrestricted for others; with a functional Kohn-Sham on an unpruned (radial, angular) grid."""
+    if xc is None:
+        mf = (scf.RHF if mol.spin == 0 else scf.UHF)(mol)
+    else:
+        mf = (dft.RKS if mol.spin == 0 else dft.UKS)(mol, xc=xc)
+        mf.grids.atom_grid, mf.grids.prune = grid, None
+    for name, value in settings.items():
+        setattr(mf, name, value)
+    return mf
+
+
+def head(name, basis, spherical, charge, multiplicity, atoms):
+    """What the record of a molecule begins with."""
+    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
+            "atoms": [[s, *r] for s, r in atoms]}
+
+
+def write_records(run, cases):
+    """The list of run(*case), a record a line."""
+    for number, case in enumerate(cases):
+        print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
+    print("]")
 
 
 def lowest_unrestricted(mol, conv_tol_grad=1e-5):

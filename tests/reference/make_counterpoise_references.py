@@ -6,22 +6,19 @@ usage: make_counterpoise_references.py BASIS_DATA_FOLDER MOLECULES > counterpois
 
 Kohn-Sham energies on an unpruned (140, 974) grid, ghost atoms included.
 """
-import json
-import pathlib
 import sys
 
-from pyscf import dft, gto, mp, scf
+from pyscf import gto, mp
 
-from common import BOHR, atoms_of, read_basis
+from common import B3LYP, BOHR, atoms_of, mean_field, read_basis, read_xyz, write_records
 
-FOLDER, MOLECULES = sys.argv[1], pathlib.Path(sys.argv[2])
-FUNCTIONALS = {"PBE": "pbe,pbe", "B3LYP": "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"}
+FOLDER, MOLECULES = sys.argv[1:3]
+FUNCTIONALS = {"PBE": "pbe,pbe", "B3LYP": B3LYP}
 
 
 def dimer(name):
     """An S22 complex; its first fragment is what is bonded to the first atom."""
-    lines = (MOLECULES / "s22" / name).read_text().splitlines()
-    atoms = [(w[0], [float(x) for x in w[1:4]]) for w in (line.split() for line in lines[2 : 2 + int(lines[0])])]
+    atoms = read_xyz(f"{MOLECULES}/s22/{name}")
     first, grown = {0}, True
     while grown:
         near = {j for i in first for j in range(len(atoms))
@@ -43,24 +40,22 @@ METHANE = "C 0 0 {0}; H 0.629 0.629 {1}; H -0.629 -0.629 {1}; H -0.629 0.629 {2}
 METHANES = [METHANE.format(z, z + 0.629, z - 0.629) for z in (0.0, 3.9, 7.8)]
 WATER_DIMER = inline("O -1.551 -0.1145 0; H -1.9343 0.7625 0; H -0.5997 0.0407 0",
                      "O 1.3506 0.1115 0; H 1.6804 -0.3737 -0.7586; H 1.6804 -0.3737 0.7586")
+HF_DIMER = inline("F 0 0 0; H 0 0.18 0.91", "F 0 -0.1 2.73; H 0 0.79 3.02")
+METHYL_AND_WATER = inline("C 0 0 0; H 1.079 0 0; H -0.5395 0.9344 0; H -0.5395 -0.9344 0", "O 0 0 3.3; H 0 0.1 2.34; H 0.9 0 3.6")
 
 # name, method, basis, spherical, (charge, multiplicity) of the complex and of each fragment, (fragments, atoms)
 CASES = [
     ("water dimer", "HF", "6-31G*", False, [(0, 1), (0, 1), (0, 1)], WATER_DIMER),
     ("water dimer", "B3LYP", "6-31G*", False, [(0, 1), (0, 1), (0, 1)], WATER_DIMER),
-    ("hydrogen fluoride dimer", "HF", "cc-pVDZ", True, [(0, 1), (0, 1), (0, 1)],
-     inline("F 0 0 0; H 0 0.18 0.91", "F 0 -0.1 2.73; H 0 0.79 3.02")),
+    ("hydrogen fluoride dimer", "HF", "cc-pVDZ", True, [(0, 1), (0, 1), (0, 1)], HF_DIMER),
     ("helium dimer", "HF", "cc-pVTZ", True, [(0, 1), (0, 1), (0, 1)], inline("He 0 0 0", "He 0 0 3")),
     ("helium dimer", "PBE", "6-311G**", False, [(0, 1), (0, 1), (0, 1)], inline("He 0 0 0", "He 0 0 3")),
     ("methane trimer", "HF", "3-21G", False, [(0, 1), (0, 1), (0, 1), (0, 1)], inline(*METHANES)),
     ("lithium ion and water", "HF", "6-31G*", False, [(1, 1), (1, 1), (0, 1)],
      inline("Li 0 0 1.85", "O 0 0 0; H 0 0.757 -0.587; H 0 -0.757 -0.587")),
-    ("methyl radical and water", "HF", "6-31G*", False, [(0, 2), (0, 2), (0, 1)],
-     inline("C 0 0 0; H 1.079 0 0; H -0.5395 0.9344 0; H -0.5395 -0.9344 0", "O 0 0 3.3; H 0 0.1 2.34; H 0.9 0 3.6")),
-    ("methyl radical and water", "MP2", "6-31G*", False, [(0, 2), (0, 2), (0, 1)],
-     inline("C 0 0 0; H 1.079 0 0; H -0.5395 0.9344 0; H -0.5395 -0.9344 0", "O 0 0 3.3; H 0 0.1 2.34; H 0.9 0 3.6")),
-    ("hydrogen fluoride dimer", "MP2", "cc-pVDZ", True, [(0, 1), (0, 1), (0, 1)],
-     inline("F 0 0 0; H 0 0.18 0.91", "F 0 -0.1 2.73; H 0 0.79 3.02")),
+    ("methyl radical and water", "HF", "6-31G*", False, [(0, 2), (0, 2), (0, 1)], METHYL_AND_WATER),
+    ("methyl radical and water", "MP2", "6-31G*", False, [(0, 2), (0, 2), (0, 1)], METHYL_AND_WATER),
+    ("hydrogen fluoride dimer", "MP2", "cc-pVDZ", True, [(0, 1), (0, 1), (0, 1)], HF_DIMER),
     ("oxygen atom and hydrogen", "MP2", "cc-pVDZ", True, [(0, 3), (0, 3), (0, 1)],
      inline("O 0 0 0", "H 0.37 0 2.6; H -0.37 0 2.6")),
     ("triplet oxygen and water", "HF", "3-21G", False, [(0, 3), (0, 1), (0, 3)],
@@ -80,13 +75,7 @@ def energy(method, basis, spherical, state, atoms, real):
     mol = gto.M(atom=[(label, [x * BOHR for x in r]) for label, (_, r) in zip(labels, atoms)], unit="Bohr", charge=charge,
                 spin=multiplicity - 1, cart=not spherical, verbose=0,
                 basis={label: read_basis(FOLDER, basis, s) for label, (s, _) in zip(labels, atoms)})
-    if method in ("HF", "MP2"):
-        mf = (scf.RHF if multiplicity == 1 else scf.UHF)(mol)
-    else:
-        mf = (dft.RKS if multiplicity == 1 else dft.UKS)(mol)
-        mf.xc = FUNCTIONALS[method]
-        mf.grids.atom_grid, mf.grids.prune = (140, 974), None
-    mf.conv_tol = 1e-11
+    mf = mean_field(mol, FUNCTIONALS.get(method), (140, 974), conv_tol=1e-11)
     found = mf.kernel()
     assert mf.converged, (method, basis, labels)
     if method == "MP2":  # the 1s of every real atom beyond helium is frozen
@@ -107,7 +96,4 @@ def run(name, method, basis, spherical, states, complex_):
             "in_complex_basis": among}
 
 
-if __name__ == "__main__":
-    for number, case in enumerate(CASES):
-        print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-    print("]")
+write_records(run, CASES)

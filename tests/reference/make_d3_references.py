@@ -4,18 +4,13 @@
 usage: make_d3_references.py MOLECULES > d3.json
        MOLECULES: folder of published geometries with s22/, transition_metal/ and baker_minima/ (xyz, angstrom)
 """
-import json
-import pathlib
 import sys
 
 import numpy as np
 from dftd3.interface import DispersionModel, RationalDampingParam
+from pyscf.data.elements import charge
 
-BOHR_PER_ANGSTROM = 1.8897261246257702
-SYMBOLS = ("H He Li Be B C N O F Ne Na Mg Al Si P S Cl Ar K Ca Sc Ti V Cr Mn Fe Co Ni Cu Zn Ga Ge As Se Br Kr Rb Sr Y Zr Nb Mo Tc "
-           "Ru Rh Pd Ag Cd In Sn Sb Te I Xe Cs Ba La Ce Pr Nd Pm Sm Eu Gd Tb Dy Ho Er Tm Yb Lu Hf Ta W Re Os Ir Pt Au Hg Tl Pb Bi "
-           "Po At Rn Fr Ra Ac Th Pa U Np Pu Am Cm Bk Cf Es Fm Md No Lr").split()
-FOLDER = pathlib.Path(sys.argv[1])
+from common import BOHR, atoms_of, read_xyz, write_records
 
 # s8, a1, a2 as published: S. Grimme, S. Ehrlich, L. Goerigk, J. Comput. Chem. 32 (2011) 1456.
 PARAMETERS = {
@@ -26,33 +21,28 @@ PARAMETERS = {
 
 
 def xyz(name):
-    lines = (FOLDER / name).read_text().splitlines()
-    return [(w[0], *map(float, w[1:4])) for w in (line.split() for line in lines[2 : 2 + int(lines[0])])]
-
-
-def inline(text):
-    return [(w[0], *map(float, w[1:4])) for w in (atom.split() for atom in text.split(";"))]
+    return read_xyz(f"{sys.argv[1]}/{name}")
 
 
 def octahedron(centre, ligand, r):
-    return [(centre, 0.0, 0.0, 0.0)] + [(ligand, *(s * r if k == axis else 0.0 for k in range(3)))
-                                        for axis in range(3) for s in (1, -1)]
+    return [(centre, [0.0, 0.0, 0.0])] + [(ligand, [s * r if k == axis else 0.0 for k in range(3)])
+                                          for axis in range(3) for s in (1, -1)]
 
 
 def beside(*parts):
     """Molecules in a row along x, 3 angstrom apart."""
     atoms, edge = [], 0.0
     for part in parts:
-        shift = edge - min(a[1] for a in part)
-        atoms += [(s, round(x + shift, 6), y, z) for s, x, y, z in part]
-        edge = max(a[1] for a in atoms) + 3.0
+        shift = edge - min(r[0] for _, r in part)
+        atoms += [(s, [round(x + shift, 6), y, z]) for s, (x, y, z) in part]
+        edge = max(r[0] for _, r in atoms) + 3.0
     return atoms
 
 
 CASES = [
-    ("H2", "HF", inline("H 0 0 0; H 0 0 0.74")),
-    ("He2", "BLYP", inline("He 0 0 0; He 0 0 3.0")),
-    ("water", "B3LYP", inline("O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692")),
+    ("H2", "HF", atoms_of("H 0 0 0; H 0 0 0.74")),
+    ("He2", "BLYP", atoms_of("He 0 0 0; He 0 0 3.0")),
+    ("water", "B3LYP", atoms_of("O 0 0 0.1173; H 0 0.7572 -0.4692; H 0 -0.7572 -0.4692")),
     ("methane dimer", "PBE", xyz("s22/04_methane_dimer.xyz")),
     ("benzene dimer", "BLYP", xyz("s22/12_benzene_dimer_c2v.xyz")),
     ("adenine thymine", "PBE0", xyz("s22/00_adenine_thymine_wc.xyz")),
@@ -60,11 +50,11 @@ CASES = [
     ("Fe(C4H6)(CO)3", "PBE", xyz("transition_metal/Fe_C4H6__CO_3.xyz")),
     ("Ni(PH3)2", "TPSS", xyz("transition_metal/Ni_PH3_2.xyz")),
     ("Zn(CH3)2", "B3LYP", xyz("transition_metal/Zn_CH3_2.xyz")),
-    ("Na2Cl2", "BP86", inline("Na 0 1.9 0; Na 0 -1.9 0; Cl 1.6 0 0.1; Cl -1.6 0 0")),
-    ("PbI2 Xe", "PBE0", inline("Pb 0 0 0; I 2.0 0 2.0; I -2.0 0 2.0; Xe 0 3.5 -2")),
-    ("LaF3", "PBE", inline("La 0 0 0.3; F 2.0 0 0; F -1.0 1.75 0; F -1.0 -1.75 0")),
+    ("Na2Cl2", "BP86", atoms_of("Na 0 1.9 0; Na 0 -1.9 0; Cl 1.6 0 0.1; Cl -1.6 0 0")),
+    ("PbI2 Xe", "PBE0", atoms_of("Pb 0 0 0; I 2.0 0 2.0; I -2.0 0 2.0; Xe 0 3.5 -2")),
+    ("LaF3", "PBE", atoms_of("La 0 0 0.3; F 2.0 0 0; F -1.0 1.75 0; F -1.0 -1.75 0")),
     ("UF6", "PBE0", octahedron("U", "F", 2.0)),
-    ("FmH2", "PBE", inline("Fm 0 0 0; H 1.7 0 1.0; H -1.7 0 1.0")),
+    ("FmH2", "PBE", atoms_of("Fm 0 0 0; H 1.7 0 1.0; H -1.7 0 1.0")),
     ("five complexes in a row", "B3LYP",
      beside(xyz("transition_metal/Co_NH3_6.xyz"), xyz("s22/00_adenine_thymine_wc.xyz"), xyz("s22/18_phenol_dimer.xyz"),
             xyz("s22/04_methane_dimer.xyz"), xyz("transition_metal/Ni_PH3_2.xyz"))),
@@ -73,14 +63,12 @@ CASES = [
 
 def run(name, functional, atoms):
     s8, a1, a2 = PARAMETERS[functional]
-    numbers = np.array([SYMBOLS.index(a[0]) + 1 for a in atoms])
-    model = DispersionModel(numbers, BOHR_PER_ANGSTROM * np.array([a[1:] for a in atoms]))
+    numbers = np.array([charge(s) for s, _ in atoms])
+    model = DispersionModel(numbers, BOHR * np.array([r for _, r in atoms]))
     model.set_realspace_cutoff(disp2=1000.0, disp3=1000.0, cn=1000.0)
     result = model.get_dispersion(RationalDampingParam(s6=1.0, s8=s8, a1=a1, a2=a2, s9=0.0), grad=True)
-    return {"molecule": name, "functional": functional, "atoms": [list(a) for a in atoms],
+    return {"molecule": name, "functional": functional, "atoms": [[s, *r] for s, r in atoms],
             "energy": float(result["energy"]), "gradient": [float(f"{x:.12e}") for x in result["gradient"].ravel()]}
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-print("]")
+write_records(run, CASES)

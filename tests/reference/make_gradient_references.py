@@ -5,12 +5,9 @@ usage: make_gradient_references.py BASIS_DATA_FOLDER > gradients.json
 
 The peer reads this program's own basis files. Hartree/bohr, atom by atom.
 """
-import json
 import sys
 
-from pyscf import scf
-
-from common import atoms_of, molecule
+from common import atoms_of, head, mean_field, molecule, write_records
 
 FOLDER = sys.argv[1]
 
@@ -29,19 +26,14 @@ CASES = [
 ]
 
 
-def run(case):
-    name, charge, multiplicity, basis, spherical, text = case
+def run(name, charge, multiplicity, basis, spherical, text):
     atoms = atoms_of(text)
     mol = molecule(FOLDER, atoms, basis, spherical, charge, multiplicity)
-    mf = (scf.RHF if multiplicity == 1 else scf.UHF)(mol)
-    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol = 1e-12, 1e-7, 1e-15
+    mf = mean_field(mol, conv_tol=1e-12, conv_tol_grad=1e-7, direct_scf_tol=1e-15)
     energy = mf.kernel()
-    assert mf.converged, case
-    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
-            "atoms": [[s, *r] for s, r in atoms], "energy": energy,
-            "gradient": [float(x) for x in mf.nuc_grad_method().kernel().ravel()]}
+    assert mf.converged, (name, basis)
+    return head(name, basis, spherical, charge, multiplicity, atoms) | {
+        "energy": energy, "gradient": [float(x) for x in mf.nuc_grad_method().kernel().ravel()]}
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(case)), flush=True)
-print("]")
+write_records(run, CASES)

@@ -7,13 +7,12 @@ Orbitals C that are orthonormal and as many as the functions fulfil C C^T = S^-1
 format's order. It is kept as two sums that no misplaced or wrongly scaled function leaves alone: sum_k cos(k) (S^-1)_kk and
 sum_kl cos(k) cos(l) (S^-1)_kl. Contractions: sum over shells n of cos(n) sum_i c_i ln(a_i), c of normalised primitives.
 """
-import json
 import sys
 
 import numpy as np
 from pyscf.tools import molden
 
-from common import atoms_of, molecule
+from common import atoms_of, head, molecule, write_records
 
 WATER = "O 0.1 -0.2 0.1; H 0.8 0.4 0.3; H -0.5 0.3 -0.4"
 
@@ -27,9 +26,9 @@ def run(basis, spherical):
     inverse = np.linalg.inv(overlap / np.outer(norm, norm))
     weight = np.cos(np.arange(mol.nao))
     contractions = sum(np.cos(n) * (mol.bas_ctr_coeff(n)[:, 0] * np.log(mol.bas_exp(n))).sum() for n in range(mol.nbas))
-    return {"basis": basis, "spherical": spherical, "charge": 0, "multiplicity": 1, "atoms": [[s, *r] for s, r in atoms],
-            "functions": mol.nao, "diagonal": float(weight @ np.diag(inverse)), "all": float(weight @ inverse @ weight),
-            "contractions": float(contractions)}
+    return head("water", basis, spherical, 0, 1, atoms) | {
+        "functions": mol.nao, "diagonal": float(weight @ np.diag(inverse)), "all": float(weight @ inverse @ weight),
+        "contractions": float(contractions)}
 
 
-print(",\n".join(json.dumps(run("cc-pVQZ", spherical)) for spherical in (False, True)).join("[]"))
+write_records(run, [("cc-pVQZ", False), ("cc-pVQZ", True)])

@@ -7,14 +7,13 @@ The peer reads this program's own basis files. Unrestricted references are follo
 derivative of <psi|S^2|psi>/<psi|psi>, psi = psi_0 + x psi_1, at x = 0 in the space of all determinants, by central differences:
 nothing of it is shared with a formula over amplitudes and overlaps.
 """
-import json
 import sys
 
 import numpy
-from pyscf import ci, fci, mp, scf
+from pyscf import ci, fci, mp
 
 import geometries
-from common import atoms_of, lowest_unrestricted, molecule
+from common import atoms_of, head, lowest_unrestricted, mean_field, molecule, write_records
 
 FOLDER = sys.argv[1]
 
@@ -46,8 +45,7 @@ def reference(mol):
     """The converged restricted or lowest stable unrestricted reference."""
     if mol.spin != 0:
         return lowest_unrestricted(mol, 1e-6)
-    mf = scf.RHF(mol)
-    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-12, 1e-6, 1e-15, 300
+    mf = mean_field(mol, conv_tol=1e-12, conv_tol_grad=1e-6, direct_scf_tol=1e-15, max_cycle=300)
     mf.kernel()
     return mf
 
@@ -75,8 +73,7 @@ def run(name, basis, spherical, frozen, spin_wanted):
     mol = molecule(FOLDER, atoms, basis, spherical, charge, multiplicity)
     mf = reference(mol)
     assert mf.converged, (name, basis)
-    row = {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
-           "frozen": frozen, "atoms": [[s, *r] for s, r in atoms], "scf": mf.e_tot}
+    row = head(name, basis, spherical, charge, multiplicity, atoms) | {"frozen": frozen, "scf": mf.e_tot}
     if name == "H":  # one electron: nothing to correlate
         return row | {"correlation": 0.0, "same_spin": 0.0, "opposite_spin": 0.0}
     post = mp.MP2(mf, frozen=frozen)
@@ -87,6 +84,4 @@ def run(name, basis, spherical, frozen, spin_wanted):
     return row
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-print("]")
+write_records(run, CASES)

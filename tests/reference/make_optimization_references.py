@@ -7,7 +7,6 @@ The peer reads this program's own basis files. Start geometries are rough on pur
 tightly converged (largest Cartesian gradient below 3e-5 hartree/bohr), so that what a comparison shows is the error of the other
 side.
 """
-import json
 import sys
 import tempfile
 from pathlib import Path
@@ -15,9 +14,8 @@ from pathlib import Path
 import geometric.molecule
 import geometric.optimize
 from geometric.engine import Engine
-from pyscf import scf
 
-from common import BOHR, atoms_of, molecule
+from common import BOHR, atoms_of, head, mean_field, molecule, write_records
 
 FOLDER = sys.argv[1]
 
@@ -62,16 +60,16 @@ CASES = [
 class PEER(Engine):
     """Hands geometries (bohr) to the SCF; every run starts from the last density."""
 
-    def __init__(self, start, multiplicity):
+    def __init__(self, start):
         record = geometric.molecule.Molecule()
         record.elem = [start.atom_pure_symbol(a) for a in range(start.natm)]
         record.xyzs = [start.atom_coords() / BOHR]
         super().__init__(record)
-        self.mol, self.kind, self.density = start, scf.RHF if multiplicity == 1 else scf.UHF, None
+        self.mol, self.density = start, None
 
     def calc_new(self, coords, dirname):
-        mf = self.kind(self.mol.set_geom_(coords.reshape(-1, 3), unit="Bohr", inplace=False))
-        mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol = 1e-11, 1e-7, 1e-15
+        mf = mean_field(self.mol.set_geom_(coords.reshape(-1, 3), unit="Bohr", inplace=False),
+                        conv_tol=1e-11, conv_tol_grad=1e-7, direct_scf_tol=1e-15)
         energy = mf.kernel(dm0=self.density)
         if not mf.converged:
             energy = mf.newton().kernel(mf.mo_coeff, mf.mo_occ)
@@ -79,10 +77,9 @@ class PEER(Engine):
         return {"energy": energy, "gradient": mf.nuc_grad_method().kernel().ravel()}
 
 
-def run(case):
-    name, charge, multiplicity, basis, spherical, text = case
+def run(name, charge, multiplicity, basis, spherical, text):
     atoms = atoms_of(text)
-    engine = PEER(molecule(FOLDER, atoms, basis, spherical, charge, multiplicity), multiplicity)
+    engine = PEER(molecule(FOLDER, atoms, basis, spherical, charge, multiplicity))
     with tempfile.TemporaryDirectory() as folder:
         path = str(Path(folder) / "run.tmp")
         progress = geometric.optimize.run_optimizer(
@@ -91,13 +88,9 @@ def run(case):
     last = progress.xyzs[-1]
     final = engine.calc_new(last.ravel() * BOHR, None)
     assert abs(final["gradient"]).max() < 3e-5, (name, abs(final["gradient"]).max())
-    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
-            "atoms": [[s, *r] for s, r in atoms], "energy": final["energy"],
-            "optimized": [[round(float(x), 8) for x in row] for row in last]}
+    return head(name, basis, spherical, charge, multiplicity, atoms) | {
+        "energy": final["energy"], "optimized": [[round(float(x), 8) for x in row] for row in last]}
 
 
 wanted = sys.argv[2:]
-cases = [case for case in CASES if not wanted or case[0] in wanted]
-for number, case in enumerate(cases):
-    print("[" if number == 0 else ",", json.dumps(run(case)), flush=True)
-print("]")
+write_records(run, [case for case in CASES if not wanted or case[0] in wanted])

@@ -6,12 +6,9 @@ usage: make_rhf_references.py BASIS_DATA_FOLDER > rhf.json
 The peer reads this program's own basis files, so that both compute the same thing to the last digit. Energies are converged to
 1e-12 hartree without screening to speak of. Dipoles are about the coordinate origin, in atomic units.
 """
-import json
 import sys
 
-from pyscf import scf
-
-from common import atoms_of, molecule
+from common import atoms_of, head, mean_field, molecule, write_records
 from geometries import MOLECULES
 
 FOLDER = sys.argv[1]
@@ -36,27 +33,22 @@ CASES = [
 ]
 
 
-def run(case):
-    name, basis, spherical = case[:3]
+def run(name, basis, spherical, long=False):
     charge, _, text = MOLECULES[name]
     atoms = atoms_of(text)
     mol = molecule(FOLDER, atoms, basis, spherical, charge)
-    mf = scf.RHF(mol)
-    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol, mf.max_cycle = 1e-12, 1e-7, 1e-15, 300
+    mf = mean_field(mol, conv_tol=1e-12, conv_tol_grad=1e-7, direct_scf_tol=1e-15, max_cycle=300)
     mf.kernel()
     for _ in range(5 if mol.nao < 80 else 0):  # the reference is the lowest stable solution
         orbitals, _, stable, _ = mf.stability(return_status=True)
         if stable:
             break
         mf.kernel(mf.make_rdm1(orbitals, mf.mo_occ))
-    assert mf.converged, case
+    assert mf.converged, (name, basis)
     n_occ = mol.nelectron // 2
-    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "long": len(case) > 3,
-            "atoms": [[s, *r] for s, r in atoms], "functions": mol.nao, "energy": mf.e_tot,
-            "homo": mf.mo_energy[n_occ - 1],
-            "dipole": [float(x) for x in mf.dip_moment(unit="AU", verbose=0)]}
+    return head(name, basis, spherical, charge, 1, atoms) | {
+        "long": long, "functions": mol.nao, "energy": mf.e_tot, "homo": mf.mo_energy[n_occ - 1],
+        "dipole": [float(x) for x in mf.dip_moment(unit="AU", verbose=0)]}
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(case)), flush=True)
-print("]")
+write_records(run, CASES)

@@ -5,7 +5,6 @@ usage: make_scan_references.py BASIS_DATA_FOLDER > scans.json
 
 Z-matrices are placed by PySCF. A relaxed point starts from the Z-matrix of the input with the swept value in it.
 """
-import json
 import sys
 import tempfile
 
@@ -13,7 +12,7 @@ import numpy as np
 from pyscf import gto, scf
 from pyscf.geomopt import geometric_solver
 
-from common import BOHR, molecule
+from common import molecule, write_records
 
 FOLDER, BASIS = sys.argv[1], "6-31G*"
 WATER = "O\nH 1 0.96\nH 1 0.96 2 104.5"
@@ -69,7 +68,4 @@ def run(name, job, zmatrix, variables):
     return {"scan": name, "input": f"%job {job}\n%basis {BASIS}\n%gz\n{zmatrix}\n*end\n%scan\n{block}\n*end\n", "points": points}
 
 
-if __name__ == "__main__":
-    for number, case in enumerate(CASES):
-        print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-    print("]")
+write_records(run, CASES)

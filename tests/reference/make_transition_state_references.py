@@ -11,13 +11,11 @@ import json
 import math
 import sys
 
-from pyscf import dft, scf
 from scipy.optimize import minimize
 
-from common import atoms_of, molecule
+from common import B3LYP, atoms_of, mean_field, molecule
 
 FOLDER = sys.argv[1]
-B3LYP = "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"
 
 
 def star(symbol, radius, height, turn=0.0):
@@ -35,12 +33,7 @@ def ethane(bond, radius, height, turn=0.0):
 
 def energy(atoms, method, basis):
     mol = molecule(FOLDER, atoms_of(atoms), basis, False)
-    mf = scf.RHF(mol)
-    if method != "HF":
-        mf = dft.RKS(mol, xc=B3LYP)
-        mf.grids.atom_grid, mf.grids.prune = (99, 590), None
-    mf.conv_tol = 1e-11
-    return mf.kernel()
+    return mean_field(mol, None if method == "HF" else B3LYP, (99, 590), conv_tol=1e-11).kernel()
 
 
 # name, method, basis, atoms by free parameters, their start, the start of the search, its steps

@@ -6,12 +6,11 @@ usage: make_uhf_references.py BASIS_DATA_FOLDER > uhf.json
 The peer reads this program's own basis files. Solutions from several starts are followed down internal instabilities until they
 are stable; the lowest one counts.
 """
-import json
 import sys
 
 from pyscf import scf
 
-from common import atoms_of, lowest_unrestricted, molecule
+from common import atoms_of, head, lowest_unrestricted, molecule, write_records
 from geometries import MOLECULES
 
 FOLDER = sys.argv[1]
@@ -28,8 +27,7 @@ CASES = [
 ]
 
 
-def run(case):
-    name, basis, spherical = case
+def run(name, basis, spherical):
     charge, multiplicity, text = MOLECULES[name]
     atoms = atoms_of(text)
     mol = molecule(FOLDER, atoms, basis, spherical, charge, multiplicity)
@@ -39,13 +37,9 @@ def run(case):
     last.conv_tol, last.conv_tol_grad, last.direct_scf_tol = 1e-14, 1e-10, 1e-16
     last.diis_space, last.max_cycle = 12, 400
     last.kernel(mf.make_rdm1())
-    assert abs(last.e_tot - mf.e_tot) < 1e-9, case
-    mf = last
-    return {"molecule": name, "basis": basis, "spherical": spherical, "charge": charge, "multiplicity": multiplicity,
-            "atoms": [[s, *r] for s, r in atoms], "functions": mol.nao, "energy": mf.e_tot,
-            "s_squared": float(mf.spin_square()[0])}
+    assert abs(last.e_tot - mf.e_tot) < 1e-9, (name, basis)
+    return head(name, basis, spherical, charge, multiplicity, atoms) | {
+        "functions": mol.nao, "energy": last.e_tot, "s_squared": float(last.spin_square()[0])}
 
 
-for number, case in enumerate(CASES):
-    print("[" if number == 0 else ",", json.dumps(run(case)), flush=True)
-print("]")
+write_records(run, CASES)

@@ -11,23 +11,20 @@ to the others. Hessian: lower triangle, row by row, hartree/bohr^2; frequencies 
 negative; entropies and heat capacities hartree/K; the rest hartree. S_quasi: vibrational entropy with frequencies below 100 cm^-1
 raised to it, computed here.
 """
-import json
 import re
 import sys
 from pathlib import Path
 
 import numpy
-from pyscf import dft, scf
 from pyscf.hessian import thermo
 from pyscf.symm import geom
 
-from common import BOHR, atoms_of, molecule
+from common import B3LYP, BOHR, atoms_of, mean_field, molecule, write_records
 
 geom.TOLERANCE = 1e-3  # of the symmetry number: the coordinates are rounded
 FOLDER = sys.argv[1]
 TABLE = (Path(__file__).resolve().parents[2] / "src/constants/elements.cpp").read_text()
 WEIGHTS = {s: float(w) for s, w in re.findall(r'\{"([A-Z][a-z]?)",\s*([\d.]+)\}', TABLE)}
-B3LYP = "0.2*HF + .08*slater + .72*b88, .19*vwn5 + .81*lyp"
 BENZENE_GRID = (99, 590)
 
 
@@ -58,19 +55,9 @@ PLAIN = ["water", "ammonia", "carbon dioxide", "acetylene", "formaldehyde", "met
 CASES = [(name, "HF") for name in MOLECULES] + [(name, "B3LYP") for name in PLAIN]
 
 
-def mean_field(mol, method, grid):
-    if method == "HF":
-        mf = (scf.RHF if mol.spin == 0 else scf.UHF)(mol)
-    else:
-        mf = (dft.RKS if mol.spin == 0 else dft.UKS)(mol)
-        mf.xc = B3LYP
-        mf.grids.atom_grid, mf.grids.prune = grid, None
-    mf.conv_tol, mf.conv_tol_grad, mf.direct_scf_tol = 1e-12, 1e-7, 1e-15
-    return mf
-
-
 def converged(atoms, multiplicity, method, grid):
-    mf = mean_field(molecule(FOLDER, atoms, "6-31G*", False, 0, multiplicity), method, grid)
+    mf = mean_field(molecule(FOLDER, atoms, "6-31G*", False, 0, multiplicity), None if method == "HF" else B3LYP, grid,
+                    conv_tol=1e-12, conv_tol_grad=1e-7, direct_scf_tol=1e-15)
     mf.kernel()
     assert mf.converged, (atoms, method)
     return mf
@@ -172,6 +159,4 @@ def run(name, method):
 
 
 wanted = sys.argv[2:]
-for number, case in enumerate([c for c in CASES if not wanted or " ".join(c) in wanted]):
-    print("[" if number == 0 else ",", json.dumps(run(*case)), flush=True)
-print("]")
+write_records(run, [c for c in CASES if not wanted or " ".join(c) in wanted])
