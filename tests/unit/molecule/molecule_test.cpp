@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -104,9 +105,12 @@ TEST(MOLECULE, PotentialsReduceChargesAndCanBeSwitchedOff) {
   const BUILT_T all_electron = build(without);
   EXPECT_EQ(all_electron.molecule.n_electrons, 54);
   EXPECT_EQ(automatic_frozen_core(all_electron.molecule), 18);
-  auto wrong = input;
-  wrong.element_ecp[53] = "6-31G*";
-  EXPECT_THAT(build(wrong).report, HasSubstr(" *** ERROR loading ECP for Z=53 from basis_data/6-31gd_ecp.dat"));
+  for (const auto& [z, name, file] : {std::tuple{53, "6-31G*", "6-31gd"}, {1, "def2-SVP", "def2-svp"}}) {
+    auto wrong = input;  // no such potentials; none of that element
+    wrong.element_ecp[z] = name;
+    EXPECT_THAT(build(wrong).report,
+                HasSubstr(fmt::format(" *** ERROR loading ECP for Z={} from basis_data/{}_ecp.dat", z, file)));
+  }
 }
 
 TEST(MOLECULE, MixedBasisSetsGoToTheirElements) {
