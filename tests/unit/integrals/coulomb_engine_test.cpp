@@ -110,25 +110,5 @@ TEST(coulomb_engine, precise_boys_mode_reaches_the_kernels) {
   EXPECT_NE(precise, ordinary);
 }
 
-/// A stretched chain: most interactions are near or below the threshold, so a bound that is too small shows at once.
-TEST(coulomb_engine, screening_keeps_what_matters) {
-  MOLECULE_T m;
-  for (int k = 0; k < 8; ++k) {
-    m.atoms.push_back(atom(2.6 * k, 0.4 * (k % 3), 0.0));
-    m.shells.push_back(shell(k, 0, {130.0, 23.0, 6.4, 0.38}, {4.2, 6.6, 1.9, 0.2}));
-    m.shells.push_back(shell(k, 1, {6.4, 0.38, 0.05}, {3.8, 0.3, 0.02}));
-    m.shells.push_back(shell(k, 2, {0.8}, {1.1}));
-  }
-  m = samples::finish(std::move(m), false);
-  const int n = cartesian_offsets(m).back();
-  for (double size : {1.0, 1e-5}) {  // 1e-5: an incremental build
-    const MATRIX d = size * random_symmetric(n, 5);
-    const MATRIX exact = build(m, d, 1e-16);
-    EXPECT_LT(largest_difference(build(m, d, 1e-11), exact), 1e-9) << size;
-    EXPECT_GT(largest_difference(build(m, d, 1e-7), exact), 0.0) << size;
-  }
-  EXPECT_EQ(build(m, MATRIX::Zero(n, n), 1e-11), MATRIX::Zero(n, n));
-}
-
 }  // namespace
 }  // namespace zentrix::INTEGRALS_2E

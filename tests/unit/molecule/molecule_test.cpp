@@ -105,6 +105,9 @@ TEST(MOLECULE, PotentialsReduceChargesAndCanBeSwitchedOff) {
   const BUILT_T all_electron = build(without);
   EXPECT_EQ(all_electron.molecule.n_electrons, 54);
   EXPECT_EQ(automatic_frozen_core(all_electron.molecule), 18);
+  auto global = input;  // a name for all covers the elements it holds: not hydrogen
+  global.ecp = global.default_ecp = "def2-SVP";
+  EXPECT_EQ(build(global).molecule.n_electrons, 26);
   for (const auto& [z, name, file] : {std::tuple{53, "6-31G*", "6-31gd"}, {1, "def2-SVP", "def2-svp"}}) {
     auto wrong = input;  // no such potentials; none of that element
     wrong.element_ecp[z] = name;

@@ -16,82 +16,79 @@ using namespace zentrix::SCF::samples;
 using INPUT_PARSER::OCCUPATION;
 using ::testing::HasSubstr;
 
-struct CONTROL_T {
-  std::ostringstream text;
-  SCF_PRINTER_T printer{text};
-  MATRIX overlap = MATRIX::Identity(4, 4);
-  MOLECULE_T molecule;
-  std::unique_ptr<OCCUPATION_RULE_T> rule;
-
-  CONTROL_T(OCCUPATION mode, int n_alpha, int n_beta, bool restart = false) {
-    molecule.unrestricted = true;
-    molecule.n_alpha = n_alpha;
-    molecule.n_beta = n_beta;
-    SCF_SETTINGS_T settings;
-    settings.occupation = mode;
-    SCF_START_T start;
-    start.from_converged_run = restart;
-    rule = make_occupation_rule(molecule, settings, start, overlap, printer);
-  }
-};
-
-/// Orbitals 1 to 4 in the order of the unit vectors; `swapped`: the second and third change places.
-SPIN_CHANNEL_T unit_orbitals(int n_occupied, bool swapped) {
+/// Orbitals 1 to 4, two of them occupied, in the order of the unit vectors; `swapped`: the second and third change places.
+SPIN_CHANNEL_T unit_orbitals(bool swapped) {
   SPIN_CHANNEL_T channel;
-  channel.n_occupied = n_occupied;
+  channel.n_occupied = 2;
   channel.orbitals = MATRIX::Identity(4, 4);
   if (swapped) channel.orbitals.col(1).swap(channel.orbitals.col(2));
   channel.energies = VECTOR::LinSpaced(4, -2.0, 1.0);
   return channel;
 }
 
+/// A rule and the orbitals of the channel that it occupied last.
+struct CONTROL_T {
+  std::ostringstream text;
+  SCF_PRINTER_T printer{text};
+  MATRIX overlap = MATRIX::Identity(4, 4);
+  SPIN_CHANNEL_T channel;
+  std::unique_ptr<OCCUPATION_RULE_T> rule;
+
+  explicit CONTROL_T(OCCUPATION mode, bool restart = false) {
+    MOLECULE_T molecule;
+    molecule.unrestricted = true;
+    molecule.n_alpha = molecule.n_beta = 2;
+    SCF_SETTINGS_T settings;
+    settings.occupation = mode;
+    SCF_START_T start;
+    start.from_converged_run = restart;
+    rule = make_occupation_rule(molecule, settings, start, overlap, printer);
+  }
+  bool occupy(int iteration, std::size_t spin, const SPIN_CHANNEL_T& orbitals) {
+    channel = orbitals;
+    const bool restart = rule->occupy(iteration, spin, channel);
+    EXPECT_NEAR((channel.orbitals.transpose() * channel.orbitals - MATRIX::Identity(4, 4)).norm(), 0.0, 1e-14);
+    return restart;
+  }
+};
+
 TEST(OCCUPATION_CONTROL, OverlapIsFollowedInItsIterationsOnly) {
-  CONTROL_T automatic(OCCUPATION::automatic, 2, 1, true);
-  SPIN_CHANNEL_T channel = unit_orbitals(2, false);
-  EXPECT_FALSE(automatic.rule->occupy(1, 0, channel));
+  const SPIN_CHANNEL_T plain = unit_orbitals(false), swapped = unit_orbitals(true);
+  CONTROL_T automatic(OCCUPATION::automatic, true);
+  EXPECT_FALSE(automatic.occupy(1, 0, plain));
   EXPECT_EQ(automatic.text.str(), "");
-  channel = unit_orbitals(2, true);  // the orbital occupied before is now the third
-  EXPECT_FALSE(automatic.rule->occupy(5, 0, channel));
-  EXPECT_EQ(channel.orbitals(1, 1), 1.0);
-  EXPECT_EQ(channel.energies(1), 0.0);  // its energy has moved along
+  EXPECT_FALSE(automatic.occupy(5, 0, swapped));  // the orbital occupied before is now the third
+  EXPECT_EQ(automatic.channel.orbitals(1, 1), 1.0);
+  EXPECT_EQ(automatic.channel.energies(1), 0.0);  // its energy has moved along
   EXPECT_EQ(automatic.text.str(), "   *** MOM reorder: 1 orbital(s) reassigned in alpha channel\n");
-  channel = unit_orbitals(2, true);
-  EXPECT_FALSE(automatic.rule->occupy(6, 0, channel));
-  EXPECT_EQ(channel.orbitals(2, 1), 1.0);
+  EXPECT_FALSE(automatic.occupy(6, 0, swapped));
+  EXPECT_EQ(automatic.channel.orbitals(2, 1), 1.0);
   EXPECT_THAT(automatic.text.str(),
               HasSubstr("   *** Aufbau swap detected on alpha channel  (min max-overlap = 0.0000; following Aufbau)\n"));
 
-  CONTROL_T mom(OCCUPATION::mom, 2, 2);  // from a guess: the first orbitals are not held on to
-  channel = unit_orbitals(2, true);
-  EXPECT_FALSE(mom.rule->occupy(1, 1, channel));
-  channel = unit_orbitals(2, false);
-  EXPECT_FALSE(mom.rule->occupy(2, 1, channel));
+  CONTROL_T mom(OCCUPATION::mom);  // from a guess: the first orbitals are not held on to
+  EXPECT_FALSE(mom.occupy(1, 1, swapped));
+  EXPECT_FALSE(mom.occupy(2, 1, plain));
   EXPECT_EQ(mom.text.str(), "");
-  channel = unit_orbitals(2, true);
-  EXPECT_FALSE(mom.rule->occupy(40, 1, channel));
-  EXPECT_EQ(channel.orbitals(1, 1), 1.0);
+  EXPECT_FALSE(mom.occupy(40, 1, swapped));
+  EXPECT_EQ(mom.channel.orbitals(1, 1), 1.0);
   EXPECT_EQ(mom.text.str(), "   *** MOM reorder: 1 orbital(s) reassigned in beta  channel\n");
 }
 
 TEST(OCCUPATION_CONTROL, MixTurnsTheFrontierOrbitalsAndAsksForAFreshHistory) {
-  CONTROL_T mix(OCCUPATION::mix, 2, 2);
-  SPIN_CHANNEL_T channel = unit_orbitals(2, false);
-  EXPECT_FALSE(mix.rule->occupy(1, 0, channel));
-  EXPECT_EQ(channel.orbitals(1, 1), 1.0);
-  SPIN_CHANNEL_T beta = unit_orbitals(2, false);
-  EXPECT_TRUE(mix.rule->occupy(1, 1, beta));  // the start of a singlet breaks the spin symmetry
+  const SPIN_CHANNEL_T plain = unit_orbitals(false), swapped = unit_orbitals(true);
+  CONTROL_T mix(OCCUPATION::mix);
+  EXPECT_FALSE(mix.occupy(1, 0, plain));
+  EXPECT_EQ(mix.channel.orbitals(1, 1), 1.0);
+  EXPECT_TRUE(mix.occupy(1, 1, plain));  // the start of a singlet breaks the spin symmetry
   EXPECT_EQ(mix.text.str(), "   Applied HOMO-LUMO mixing to beta orbitals\n");
-  EXPECT_NEAR(beta.orbitals(2, 1), std::sqrt(0.5), 1e-15);
-  channel = unit_orbitals(2, true);
-  EXPECT_FALSE(mix.rule->occupy(2, 0, channel));
-  channel = unit_orbitals(2, false);
-  EXPECT_TRUE(mix.rule->occupy(3, 0, channel));
+  EXPECT_NEAR(mix.channel.orbitals(2, 1), std::sqrt(0.5), 1e-15);
+  EXPECT_FALSE(mix.occupy(2, 0, swapped));
+  EXPECT_TRUE(mix.occupy(3, 0, plain));
   EXPECT_THAT(mix.text.str(), HasSubstr("   *** MIX: re-mixed HOMO-LUMO and reset DIIS after orbital swap\n"));
-  EXPECT_NEAR((channel.orbitals.transpose() * channel.orbitals - MATRIX::Identity(4, 4)).norm(), 0.0, 1e-14);
 
-  CONTROL_T again(OCCUPATION::mix, 2, 2, true);  // continues a finished run: left alone
-  beta = unit_orbitals(2, false);
-  EXPECT_FALSE(again.rule->occupy(1, 1, beta));
+  CONTROL_T again(OCCUPATION::mix, true);  // continues a finished run: left alone
+  EXPECT_FALSE(again.occupy(1, 1, plain));
   EXPECT_EQ(again.text.str(), "");
 }
 
@@ -106,20 +103,18 @@ TEST(OCCUPATION_CONTROL, MixedStartBreaksTheSymmetryOfAStretchedBond) {
 }
 
 TEST(OCCUPATION_CONTROL, DegenerateFrontierOrbitalsAreTurnedToTheAxes) {
-  SPIN_CHANNEL_T askew = unit_orbitals(2, false);
+  SPIN_CHANNEL_T askew = unit_orbitals(false);
   const double c = std::cos(0.7);
   const double s = std::sin(0.7);
   askew.orbitals.block<2, 2>(1, 1) << c, -s, s, c;
   for (const bool equal : {true, false}) {
     askew.energies(2) = askew.energies(1) + (equal ? 1e-10 : 1e-5);
     for (const std::size_t spin : {0U, 1U}) {
-      CONTROL_T control(OCCUPATION::strict, 2, 2);
-      SPIN_CHANNEL_T channel = askew;
-      EXPECT_FALSE(control.rule->occupy(1, spin, channel));
+      CONTROL_T control(OCCUPATION::strict);
+      EXPECT_FALSE(control.occupy(1, spin, askew));
       // The spins take opposite ends of equal functions.
       const double expected = equal ? (spin == 0 ? 0.0 : 1.0) : c;
-      EXPECT_NEAR(std::abs(channel.orbitals(1, 1)), expected, 1e-14);
-      EXPECT_NEAR((channel.orbitals.transpose() * channel.orbitals - MATRIX::Identity(4, 4)).norm(), 0.0, 1e-14);
+      EXPECT_NEAR(std::abs(control.channel.orbitals(1, 1)), expected, 1e-14);
     }
   }
 }
