@@ -44,16 +44,6 @@ TEST(DFT_GRID_OF_CASES, AgreesWithAnIndependentProgram) {
       EXPECT_TRUE(word.ends_with("MP2") || covered.contains({std::string(word), open})) << word << open;
 }
 
-TEST(DFT_GRID_OF_CASES, EveryLevelCountsTheElectrons) {
-  const MOLECULE_T molecule = TESTS::sample_molecule(TESTS::formaldehyde, "6-31G*");
-  const double reference = run_method(molecule, "PBE", 5).scf.energy.total();
-  for (int level = 1; level <= 10; ++level) {
-    const RUN_T here = run_method(molecule, "PBE", level);
-    EXPECT_NEAR(here.electrons / molecule.n_electrons, 1.0, level == 1 ? 1e-3 : 1e-4) << level;
-    EXPECT_NEAR(here.scf.energy.total(), reference, level == 1 ? 5e-3 : 1e-4) << level;
-  }
-}
-
 TEST(DFT_GRID_OF_CASES, ClosedShellsAreTheSameWithOneAndTwoChannels) {
   for (const std::string_view word : DFT::method_words()) {
     const std::string method(word);
