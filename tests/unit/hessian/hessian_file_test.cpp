@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <sstream>
 
 #include "support/temporary_folder.hpp"
@@ -120,85 +119,67 @@ TEST(HessianFile, FreeFormatIsAccepted) {
 
 TEST(HessianFile, FaultyFilesAreRefusedWithTheirLine) {
   const std::string text = hessian_file_text(water());
-  struct CASE_T {
-    std::string text;
-    READ_STATUS status;
-    std::string line;
+  const auto expect_refusal = [](READ_STATUS status, const std::string& faulty, const std::string& line) {
+    const OUTCOME_T outcome = read_text(faulty);
+    EXPECT_EQ(outcome.status, status) << line;
+    EXPECT_EQ(outcome.report, line);
   };
-  const std::string malformed = " *** ERROR: w.hess: malformed Hessian file (parse error).\n";
-  const std::string incomplete = " *** ERROR: w.hess: required tag(s) missing.\n";
-  std::vector<CASE_T> cases = {
-      {"", READ_STATUS::no_version, " *** ERROR: w.hess: missing \"# Format version:\" header.\n"},
-      {changed(text, "# Format version: 1\n", ""), READ_STATUS::no_version,
-       " *** ERROR: w.hess: missing \"# Format version:\" header.\n"},
-      {changed(text, "version: 1", "version: 2"), READ_STATUS::other_version,
-       " *** ERROR: Hessian file format version 2 is incompatible with current version 1\n"},
-      {changed(text, "$natoms\n3\n", ""), READ_STATUS::out_of_order, " *** ERROR: $atoms before $natoms\n"},
-      {changed(without(text, "$atoms"), "$natoms\n3\n", ""), READ_STATUS::out_of_order,
-       " *** ERROR: $gradient before $natoms\n"},
-      {changed(text, "9 9 \n", "6 6 \n"), READ_STATUS::other_size,
-       " *** ERROR: $hessian: matrix size 6 x 6 but expected 9\n"},
-      {changed(text, "$natoms\n3\n", "$natoms\n3000000000\n"), READ_STATUS::malformed, malformed},
-      {changed(text, "$natoms\n3\n", "$natoms\n-3\n"), READ_STATUS::malformed, malformed},
-      {changed(text, "$charge\n0\n", "$charge\nnone\n"), READ_STATUS::malformed, malformed},
-      {changed(text, "$frequencies\n9\n", "$frequencies\n99\n"), READ_STATUS::malformed, malformed},
-      {text.substr(0, text.find("$frequencies") - 300), READ_STATUS::malformed, malformed},
-      {changed(text, "$spin\nrestricted", "$spin\nhalf"), READ_STATUS::malformed, malformed},
-      {changed(text, "2.210000000000E-01", "nan"), READ_STATUS::malformed, malformed},
-      {text + "\n", READ_STATUS::accepted, ""},
-  };
-  for (const char* tag : {"$method", "$basis", "$ecp", "$spin", "$charge", "$multiplicity", "$hessian"}) {
-    cases.push_back({without(text, tag), READ_STATUS::incomplete, incomplete});
-  }
-  for (const CASE_T& test : cases) {
-    const OUTCOME_T outcome = read_text(test.text);
-    EXPECT_EQ(outcome.status, test.status) << test.line;
-    if (test.status == READ_STATUS::accepted) continue;
-    EXPECT_EQ(outcome.report, test.line);
-  }
+  const std::string no_version = " *** ERROR: w.hess: missing \"# Format version:\" header.\n";
+  expect_refusal(READ_STATUS::no_version, "", no_version);
+  expect_refusal(READ_STATUS::no_version, changed(text, "# Format version: 1\n", ""), no_version);
+  expect_refusal(READ_STATUS::other_version, changed(text, "version: 1", "version: 2"),
+                 " *** ERROR: Hessian file format version 2 is incompatible with current version 1\n");
+  const std::string no_count = changed(text, "$natoms\n3\n", "");
+  expect_refusal(READ_STATUS::out_of_order, no_count, " *** ERROR: $atoms before $natoms\n");
+  expect_refusal(READ_STATUS::out_of_order, without(no_count, "$atoms"), " *** ERROR: $gradient before $natoms\n");
+  expect_refusal(READ_STATUS::other_size, changed(text, "9 9 \n", "6 6 \n"),
+                 " *** ERROR: $hessian: matrix size 6 x 6 but expected 9\n");
+  for (const auto& [from, to] : {std::pair{"$natoms\n3\n", "$natoms\n3000000000\n"},
+                                 {"$natoms\n3\n", "$natoms\n-3\n"},
+                                 {"$charge\n0\n", "$charge\nnone\n"},
+                                 {"$frequencies\n9\n", "$frequencies\n99\n"},
+                                 {"$spin\nrestricted", "$spin\nhalf"},
+                                 {"2.210000000000E-01", "nan"}})
+    expect_refusal(READ_STATUS::malformed, changed(text, from, to),
+                   " *** ERROR: w.hess: malformed Hessian file (parse error).\n");
+  expect_refusal(READ_STATUS::malformed, text.substr(0, text.find("$frequencies") - 300),
+                 " *** ERROR: w.hess: malformed Hessian file (parse error).\n");
+  for (const char* tag : {"$method", "$basis", "$ecp", "$spin", "$charge", "$multiplicity", "$hessian"})
+    expect_refusal(READ_STATUS::incomplete, without(text, tag), " *** ERROR: w.hess: required tag(s) missing.\n");
 }
 
 TEST(HessianFile, MustBelongToTheRun) {
   const std::string text = hessian_file_text(water());
-  struct CASE_T {
-    READ_STATUS status;
-    std::function<void(HESSIAN_IDENTITY_T&)> change;
-    std::string lines;
+  const auto expect_refusal = [&](READ_STATUS status, const std::string& lines, const auto& change) {
+    HESSIAN_IDENTITY_T run = water().identity;
+    change(run);
+    const OUTCOME_T outcome = read_text(text, run);
+    EXPECT_EQ(outcome.status, status) << lines;
+    EXPECT_EQ(outcome.report, lines);
   };
   const auto mismatch = [](const std::string& item, const std::string& there, const std::string& here) {
     return " *** ERROR: hess_file " + item + " mismatch:\n              file:    " + there +
            "\n              input:   " + here +
            "\n              Run aborted; the cached Hessian is inconsistent with the current run.\n";
   };
-  const std::vector<CASE_T> cases = {
-      {READ_STATUS::other_element, [](auto& run) { run.atoms[1].z = 9; },
-       " *** ERROR: hess_file atom 2: Z = 1, current Z = 9\n"},
-      {READ_STATUS::other_geometry,
-       [](auto& run) {
-         run.atoms[0].position[0] += 5e-6;
-         run.atoms[2].position[1] -= 2e-5;
-       },
-       " *** ERROR: hess_file geometry mismatch on atom 3\n"
-       "            file:        0.0000000000    -1.4310000000    -0.8870000000\n"
-       "            input:       0.0000000000    -1.4310200000    -0.8870000000\n"
-       "            |dx| = 2.000e-05 bohr  (tolerance 1.000e-05 bohr)\n"
-       "            Run aborted; recompute the Hessian at the current geometry.\n"},
-      {READ_STATUS::other_method, [](auto& run) { run.method = "HF"; }, mismatch("method", "B3LYP", "HF")},
-      {READ_STATUS::other_basis, [](auto& run) { run.basis = "6-31G"; }, mismatch("basis", "6-31G*", "6-31G")},
-      {READ_STATUS::other_ecp, [](auto& run) { run.ecp = "LANL2DZ"; }, mismatch("ECP", "none", "LANL2DZ")},
-      {READ_STATUS::other_spin, [](auto& run) { run.unrestricted = true; }, mismatch("spin", "restricted", "unrestricted")},
-      {READ_STATUS::other_charge, [](auto& run) { run.charge = -1; },
-       " *** ERROR: hess_file charge = 0, current charge = -1\n"},
-      {READ_STATUS::other_multiplicity, [](auto& run) { run.multiplicity = 3; },
-       " *** ERROR: hess_file mult = 1, current mult = 3\n"},
-  };
-  for (const CASE_T& test : cases) {
-    HESSIAN_FILE_T run = water();
-    test.change(run.identity);
-    const OUTCOME_T outcome = read_text(text, run.identity);
-    EXPECT_EQ(outcome.status, test.status) << test.lines;
-    EXPECT_EQ(outcome.report, test.lines);
-  }
+  expect_refusal(READ_STATUS::other_element, " *** ERROR: hess_file atom 2: Z = 1, current Z = 9\n",
+                 [](auto& run) { run.atoms[1].z = 9; });
+  expect_refusal(READ_STATUS::other_geometry,
+                 " *** ERROR: hess_file geometry mismatch on atom 3\n"
+                 "            file:        0.0000000000    -1.4310000000    -0.8870000000\n"
+                 "            input:       0.0000000000    -1.4310200000    -0.8870000000\n"
+                 "            |dx| = 2.000e-05 bohr  (tolerance 1.000e-05 bohr)\n"
+                 "            Run aborted; recompute the Hessian at the current geometry.\n",
+                 [](auto& run) { run.atoms[0].position[0] += 5e-6, run.atoms[2].position[1] -= 2e-5; });
+  expect_refusal(READ_STATUS::other_method, mismatch("method", "B3LYP", "HF"), [](auto& run) { run.method = "HF"; });
+  expect_refusal(READ_STATUS::other_basis, mismatch("basis", "6-31G*", "6-31G"), [](auto& run) { run.basis = "6-31G"; });
+  expect_refusal(READ_STATUS::other_ecp, mismatch("ECP", "none", "LANL2DZ"), [](auto& run) { run.ecp = "LANL2DZ"; });
+  expect_refusal(READ_STATUS::other_spin, mismatch("spin", "restricted", "unrestricted"),
+                 [](auto& run) { run.unrestricted = true; });
+  expect_refusal(READ_STATUS::other_charge, " *** ERROR: hess_file charge = 0, current charge = -1\n",
+                 [](auto& run) { run.charge = -1; });
+  expect_refusal(READ_STATUS::other_multiplicity, " *** ERROR: hess_file mult = 1, current mult = 3\n",
+                 [](auto& run) { run.multiplicity = 3; });
   // The atom count is compared when the matrix has the run's size all the same.
   EXPECT_EQ(read_text(without(changed(text, "$natoms\n3\n", "$natoms\n2\n"), "$gradient")).report,
             " *** ERROR: hess_file natom = 2, current natom = 3\n");

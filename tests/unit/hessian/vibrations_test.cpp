@@ -171,6 +171,16 @@ TEST(Vibrations, IntensitiesOfPointCharges) {
   EXPECT_EQ(found.intensities.head(5).norm(), 0.0);
 }
 
+TEST(Vibrations, QuasiHarmonicEntropyRaisesSoftModes) {
+  const MOLECULE_T pair = TESTS::bare_molecule("H 0 0 0\nH 0 0 0.74\n");
+  const auto with_mode = [&](double wavenumber) {
+    const VECTOR values = VECTOR::Constant(6, std::pow(wavenumber / 219474.6313632, 2));
+    return thermochemistry(pair, vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Ones(6), nullptr), 0.0);
+  };
+  EXPECT_NEAR(with_mode(20.0).quasi_harmonic_entropy, with_mode(100.0).vibration.entropy, 1e-12);
+  EXPECT_NEAR(with_mode(150.0).quasi_harmonic_entropy, with_mode(150.0).vibration.entropy, 1e-15);
+}
+
 TEST(Vibrations, HessianIsPrintedInBlocksOfSixColumns) {
   MATRIX hessian = MATRIX::Zero(9, 9);
   hessian(8, 6) = -0.25;

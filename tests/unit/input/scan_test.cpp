@@ -24,8 +24,8 @@ TEST(Scan, LinesInAllTheirForms) {
       {"R 2 1.0 2.0 0.1", 'R', 1.0, 2.0, 0.1, 11},
       {"r 2 from 1.0 to 2.0 step 0.1", 'R', 1.0, 2.0, 0.1, 11},
       {"R 2 From 1.0 2.0 STEP 0.1", 'R', 1.0, 2.0, 0.1, 11},
-      {"D 4 0 100 30", 'D', 0.0, 100.0, 100.0 / 3, 4},  // the nearest whole number of steps, both ends kept
-      {"A 3 120 90 10", 'A', 120.0, 90.0, -10.0, 4},    // the sign of the step follows the direction
+      {"D 4 0 110 30", 'D', 0.0, 110.0, 27.5, 5},     // the nearest whole number of steps, both ends kept
+      {"A 3 120 90 10", 'A', 120.0, 90.0, -10.0, 4},  // the sign of the step follows the direction
       {"A 3 90 120 -10", 'A', 90.0, 120.0, 10.0, 4},
       {"A 3 90 91 50", 'A', 90.0, 91.0, 1.0, 2},
       {"A 3 90 90 0", 'A', 90.0, 90.0, 0.0, 1},
