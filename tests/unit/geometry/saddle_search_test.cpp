@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "geometry/hessian_transform.hpp"
 #include "geometry/hessian_update.hpp"
 #include "geometry/prfo_step.hpp"
@@ -33,33 +31,38 @@ MATRIX cartesian_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, const VECTOR& x) 
   return 0.5 * (hessian + hessian.transpose());
 }
 
-/// An atom that jumps between two others: a barrier of 0.02 hartree where both distances are 2.4 bohr, 0.25 bohr away
-/// from either minimum in half the difference of the distances.
-FUNCTION_T jumping_atom(double angle) {
-  return [angle](const VECTOR& x) {
-    const double first = distance(x, 0, 1);
-    const double second = distance(x, 0, 2);
-    const double u = (first - second) / 0.5;
-    const double v = first + second - 4.8;
-    const double bend = angle_at(x, 2, 1, 3) - angle;
-    return 0.02 * (u * u - 1.0) * (u * u - 1.0) + v * v + 0.1 * bend * bend + 0.03 * u * v;
-  };
+/// An atom (1) between two others (2, 3): the difference of its distances from them, and the excess of their sum. Minima at
+/// a difference of -1 and 1, a barrier of 0.02 hartree between them where both distances are 2.4 bohr.
+double jump(const VECTOR& x) { return (distance(x, 0, 1) - distance(x, 0, 2)) / 0.5; }
+double excess(const VECTOR& x) { return distance(x, 0, 1) + distance(x, 0, 2) - 4.8; }
+double barrier(double u) { return 0.02 * (u * u - 1.0) * (u * u - 1.0); }
+
+double jumping_atom(const VECTOR& x) {
+  const double bend = angle_at(x, 2, 1, 3) - 2.0;
+  return barrier(jump(x)) + excess(x) * excess(x) + 0.1 * bend * bend + 0.03 * jump(x) * excess(x);
 }
 
-struct RECORD_T : SADDLE_OBSERVER_T {
-  std::vector<FOLLOWED_MODE_T> followed;
-  bool internal = false;
-  int refused_modes = 0;
-  int turns = 0;
+/// A search with what it told.
+struct SEARCH_T : SADDLE_OBSERVER_T {
+  SEARCH_T(const std::string& start, const FUNCTION_T& function, int mode = 0, int failing_evaluation = 0)
+      : surface(structure(start), structure(start).x, function) {
+    const MATRIX hessian = cartesian_hessian(surface, GRADIENTS::positions_of(surface.molecule()));
+    surface.evaluations = 0;
+    surface.failing_evaluation = failing_evaluation;
+    SADDLE_SETTINGS_T settings;
+    settings.mode = mode;
+    found = find_saddle(surface, hessian, settings, *this);
+  }
   void started(bool in_internals, const THRESHOLDS_T&) override { internal = in_internals; }
-  void mode_refused(int, int n_modes) override { refused_modes = n_modes; }
   void evaluated(const STEP_ROW_T&, const FOLLOWED_MODE_T& mode) override { followed.push_back(mode); }
   void turned() override { ++turns; }
-};
 
-SADDLE_POINT_T search(GRADIENTS::ENERGY_SURFACE_T& surface, const SADDLE_SETTINGS_T& settings, SADDLE_OBSERVER_T& observer) {
-  return find_saddle(surface, cartesian_hessian(surface, GRADIENTS::positions_of(surface.molecule())), settings, observer);
-}
+  FUNCTION_SURFACE_T surface;
+  SADDLE_POINT_T found;
+  std::vector<FOLLOWED_MODE_T> followed;
+  bool internal = false;
+  int turns = 0;
+};
 
 TEST(PRFO_STEP, ClimbsOneModeAndDescendsTheOthers) {
   const VECTOR eigenvalues{{-0.05, 0.02, 0.3, 0.8}};
@@ -67,9 +70,7 @@ TEST(PRFO_STEP, ClimbsOneModeAndDescendsTheOthers) {
   for (const Eigen::Index followed : {0, 1}) {
     const PRFO_STEP_T free = prfo_step(eigenvalues, gradient, followed, 100.0);
     EXPECT_FALSE(free.limited);
-    for (Eigen::Index k = 0; k < 3; ++k) {
-      EXPECT_EQ(free.step(k) * gradient(k) > 0.0, k == followed) << k;
-    }
+    for (Eigen::Index k = 0; k < 3; ++k) EXPECT_EQ(free.step(k) * gradient(k) > 0.0, k == followed) << k;
     EXPECT_EQ(free.step(3), 0.0);
     const PRFO_STEP_T limited = prfo_step(eigenvalues, gradient, followed, 0.01);
     EXPECT_TRUE(limited.limited);
@@ -105,20 +106,16 @@ TEST(FOLLOW_MODE, StaysWithNegativeEigenvalues) {
 }
 
 TEST(BOFILL_UPDATE, FulfilsTheSecantConditionAndStaysSymmetric) {
-  std::mt19937 generator(3);
-  std::uniform_real_distribution<double> element(-1.0, 1.0);
-  MATRIX hessian = MATRIX::NullaryExpr(6, 6, [&] { return element(generator); });
-  hessian = (hessian + hessian.transpose()).eval();
-  const MATRIX before = hessian;
+  const MATRIX random = random_vector(36, 1.0, 3).reshaped(6, 6), before = random + random.transpose();
+  MATRIX hessian = before;
   for (const double length : {1.0, 1e-3}) {
-    const VECTOR step = length * VECTOR::NullaryExpr(6, [&] { return element(generator); });
-    const VECTOR change = length * VECTOR::NullaryExpr(6, [&] { return element(generator); });
+    const VECTOR step = random_vector(6, length, 4), change = random_vector(6, length, 5);
     bofill_update(hessian, step, change);
     EXPECT_LT((hessian * step - change).norm(), 1e-13 * length);
     EXPECT_LT((hessian - hessian.transpose()).norm(), 1e-13);
     // A change across the step leaves the rank-one update undefined; the mixture stays finite.
     MATRIX orthogonal = before;
-    VECTOR across = VECTOR::NullaryExpr(6, [&] { return element(generator); });
+    VECTOR across = random_vector(6, 1.0, 6);
     across -= across.dot(step) / step.squaredNorm() * step;
     bofill_update(orthogonal, step, before * step + across);
     EXPECT_LT((orthogonal * step - before * step - across).norm(), 1e-12);
@@ -157,89 +154,55 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
   // Beyond the turning point of the barrier (0.12) the bend is the softest mode; the jump is the second. The minimum is at
   // -0.594; beyond it the way up goes on away from the barrier, and the search has to turn round.
   for (const auto& [side, mode] : {std::pair{-0.25, 0}, {0.0, 0}, {0.12, 2}, {-0.58, 2}, {-0.61, 2}}) {
-    const STRUCTURE_T start = structure("H 0 " + std::to_string(side * 0.4) + " 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n");
-    FUNCTION_SURFACE_T surface(start, start.x, jumping_atom(2.0));
-    RECORD_T record;
-    SADDLE_SETTINGS_T settings;
-    settings.mode = mode;
-    const SADDLE_POINT_T found = search(surface, settings, record);
-    ASSERT_EQ(found.outcome, OUTCOME::converged) << side;
-    EXPECT_TRUE(record.internal);
-    EXPECT_EQ(record.turns, side < -0.6 ? 1 : 0) << side;
+    SCOPED_TRACE(side);
+    SEARCH_T search("H 0 " + std::to_string(side * 0.4) + " 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n", jumping_atom, mode);
+    const SADDLE_POINT_T& found = search.found;
+    ASSERT_EQ(found.outcome, OUTCOME::converged);
+    EXPECT_TRUE(search.internal);
+    EXPECT_EQ(search.turns, side < -0.6 ? 1 : 0);
     EXPECT_LE(found.steps, 12);
     EXPECT_NEAR(found.point.energy, 0.02, 1e-6);
     EXPECT_NEAR(distance(found.positions, 0, 1), 2.4, 1e-3);
     EXPECT_NEAR(distance(found.positions, 0, 2), 2.4, 1e-3);
     EXPECT_EQ(found.negative_eigenvalues, 1);
-    for (const FOLLOWED_MODE_T& followed : record.followed) EXPECT_GT(followed.overlap, 0.7);
+    for (const FOLLOWED_MODE_T& followed : search.followed) EXPECT_GT(followed.overlap, 0.7);
     // The final Hessian is handed out in Cartesian form: it bends the right way along the jump.
-    const MATRIX exact = cartesian_hessian(surface, found.positions);
-    Eigen::SelfAdjointEigenSolver<MATRIX> solver(exact);
-    const VECTOR jump = solver.eigenvectors().col(0);
-    EXPECT_NEAR(jump.dot(found.hessian * jump), solver.eigenvalues()(0), 0.1 * std::abs(solver.eigenvalues()(0)));
+    const Eigen::SelfAdjointEigenSolver<MATRIX> exact(cartesian_hessian(search.surface, found.positions));
+    const VECTOR way = exact.eigenvectors().col(0);
+    EXPECT_NEAR(way.dot(found.hessian * way) / exact.eigenvalues()(0), 1.0, 0.1);
   }
 }
 
 TEST(SADDLE_SEARCH, UsesCartesianCoordinatesForAtomsOnALine) {
-  const STRUCTURE_T start = structure("H 0 0 0.1\nF 0 0 -1.25\nF 0 0 1.3\n");
-  FUNCTION_SURFACE_T surface(start, start.x, [](const VECTOR& x) {
-    const double u = (distance(x, 0, 1) - distance(x, 0, 2)) / 0.5;
-    const double v = distance(x, 0, 1) + distance(x, 0, 2) - 4.8;
-    return 0.02 * (u * u - 1.0) * (u * u - 1.0) + 0.3 * v * v + 0.02 * x.segment<2>(0).squaredNorm();
+  const SEARCH_T search("H 0 0 0.1\nF 0 0 -1.25\nF 0 0 1.3\n", [](const VECTOR& x) {
+    return barrier(jump(x)) + 0.3 * excess(x) * excess(x) + 0.02 * x.segment<2>(0).squaredNorm();
   });
-  RECORD_T record;
-  const SADDLE_POINT_T found = search(surface, {}, record);
-  ASSERT_EQ(found.outcome, OUTCOME::converged);
-  EXPECT_FALSE(record.internal);
-  EXPECT_NEAR(found.point.energy, 0.02, 1e-6);
+  ASSERT_EQ(search.found.outcome, OUTCOME::converged);
+  EXPECT_FALSE(search.internal);
+  EXPECT_NEAR(search.found.point.energy, 0.02, 1e-6);
 }
 
-TEST(SADDLE_SEARCH, FollowsTheModeAskedForAndRefusesOthers) {
+TEST(SADDLE_SEARCH, FollowsTheModeAskedFor) {
   // Two barriers cross in one structure: along the jump and along the angle.
   const auto two_barriers = [](const VECTOR& x) {
-    const double u = (distance(x, 0, 1) - distance(x, 0, 2)) / 0.5;
-    const double v = distance(x, 0, 1) + distance(x, 0, 2) - 4.8;
-    const double w = (angle_at(x, 2, 1, 3) - 2.0) / 0.3;
-    return 0.02 * (u * u - 1.0) * (u * u - 1.0) + 0.3 * v * v + 0.01 * (w * w - 1.0) * (w * w - 1.0);
+    return barrier(jump(x)) + 0.3 * excess(x) * excess(x) + 0.5 * barrier((angle_at(x, 2, 1, 3) - 2.0) / 0.3);
   };
-  const STRUCTURE_T start = structure("H 0 -0.03 0.75\nC 0 -1.1 0\nC 0 1.0 0.1\n");
-  std::vector<VECTOR> ends;
+  std::vector<double> angles;
   for (const int mode : {1, 2}) {
-    FUNCTION_SURFACE_T surface(start, start.x, two_barriers);
-    RECORD_T record;
-    SADDLE_SETTINGS_T settings;
-    settings.mode = mode;
-    const SADDLE_POINT_T found = search(surface, settings, record);
-    ASSERT_EQ(found.outcome, OUTCOME::converged) << mode;
-    EXPECT_EQ(record.followed.front().mode, mode);
-    EXPECT_EQ(found.negative_eigenvalues, 1) << mode;
-    ends.push_back(found.positions);
+    const SEARCH_T search("H 0 -0.03 0.75\nC 0 -1.1 0\nC 0 1.0 0.1\n", two_barriers, mode);
+    ASSERT_EQ(search.found.outcome, OUTCOME::converged) << mode;
+    EXPECT_EQ(search.followed.front().mode, mode);
+    EXPECT_EQ(search.found.negative_eigenvalues, 1) << mode;
+    angles.push_back(angle_at(search.found.positions, 2, 1, 3));
   }
-  EXPECT_GT(std::abs(angle_at(ends[0], 2, 1, 3) - angle_at(ends[1], 2, 1, 3)), 0.2);
-
-  FUNCTION_SURFACE_T surface(start, start.x, two_barriers);
-  RECORD_T record;
-  SADDLE_SETTINGS_T settings;
-  settings.mode = 4;
-  EXPECT_EQ(search(surface, settings, record).outcome, OUTCOME::refused);
-  EXPECT_EQ(record.refused_modes, 3);
+  EXPECT_GT(std::abs(angles[0] - angles[1]), 0.2);
 }
 
 TEST(SADDLE_SEARCH, EndsWithTheLastGeometryWhenAnEnergyFails) {
-  const STRUCTURE_T start = structure("H 0 0.1 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n");
-  FUNCTION_SURFACE_T surface(start, start.x, jumping_atom(2.0));
-  const MATRIX hessian = cartesian_hessian(surface, start.x);
-  surface.failing_evaluation = surface.evaluations + 3;
-  RECORD_T record;
-  const SADDLE_POINT_T failed = find_saddle(surface, hessian, {}, record);
-  EXPECT_EQ(failed.outcome, OUTCOME::scf_failed);
-  EXPECT_EQ(failed.steps, 3);
-  EXPECT_EQ(failed.positions.size(), 9);
-  SADDLE_SETTINGS_T short_settings;
-  short_settings.max_steps = 2;
-  const SADDLE_POINT_T cut = find_saddle(surface, hessian, short_settings, record);
-  EXPECT_EQ(cut.outcome, OUTCOME::step_limit);
-  EXPECT_EQ(cut.steps, 2);
+  const SEARCH_T search("H 0 0.1 0.7\nC 0 -1.1 0\nC 0 1.0 0.1\n", jumping_atom, 0, 3);
+  EXPECT_EQ(search.found.outcome, OUTCOME::scf_failed);
+  EXPECT_EQ(search.found.steps, 3);
+  EXPECT_EQ(search.found.positions.size(), 9);
 }
 
 }  // namespace
