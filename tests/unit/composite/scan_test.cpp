@@ -1,14 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "composite/scan_report.hpp"
+#include "support/printed.hpp"
 
 namespace {
 
 using namespace zentrix;
 using namespace zentrix::COMPOSITE;
+using TESTS::printed;
 
 SCAN_VARIABLES_T variables_of(const std::vector<int>& points) {
   SCAN_VARIABLES_T variables;
@@ -39,30 +39,27 @@ TEST(SCAN, TablesMarkMinimumAndFailures) {
     result.points.push_back(
         {{scan_value(variables[0], indices[0]), scan_value(variables[1], indices[1])}, -1.0 - 0.01 * p, p != 5, 0});
   }
-  std::ostringstream two;
-  print_scan_summary(variables, result, false, two);
+  const std::string two = printed(print_scan_summary, variables, result, false);
   // The failed point is lower, but no minimum.
   for (const char* text :
        {"   E (Ha) -- rows: var 1, columns: var 2\n", "   dE (kcal/mol relative to minimum)\n", "      0.0*          **\n",
         "   Minimum energy:  -1.0400000000\n     at var 1 (D) = 90.0000 deg\n     at var 2 (R) = 1.5000 Ang\n",
         "   ** = SCF did not converge at this point.\n"})
-    EXPECT_THAT(two.str(), testing::HasSubstr(text));
+    EXPECT_THAT(two, testing::HasSubstr(text));
   variables = {{'R', 2, 1.0, 1.5, 0.1, 6}};
   for (SCAN_POINT_T& point : result.points) point.values.resize(1);
-  std::ostringstream one;
-  print_scan_summary(variables, result, true, one);
+  const std::string one = printed(print_scan_summary, variables, result, true);
   for (const char* text :
        {"  Relaxed PES scan -- summary\n",
         "   Point      R(Ang)         E(Ha)       dE(kcal/mol)\n   -----   ----------   ----------------   ------------\n",
         "-6.2751  **\n", "   ** = optimization did not converge at this point.\n"})
-    EXPECT_THAT(one.str(), testing::HasSubstr(text));
+    EXPECT_THAT(one, testing::HasSubstr(text));
 }
 
 TEST(SCAN, ReasonsForAnEarlyEnd) {
   const auto message = [](SCAN_STATUS status, bool relaxed) {
-    std::ostringstream report;
-    print_scan_failure({{'R', 2, 1.0, 1.5, 0.1, 6}, {'X', 3, 1.0, 1.5, 0.1, 6}}, {status, 4, {}}, relaxed, report);
-    return report.str();
+    const SCAN_VARIABLES_T variables = {{'R', 2, 1.0, 1.5, 0.1, 6}, {'X', 3, 1.0, 1.5, 0.1, 6}};
+    return printed(print_scan_failure, variables, SCAN_RESULT_T{status, 4, {}}, relaxed);
   };
   const std::string refused = " *** ERROR: scanopt: cannot build geometry / constraints at point 4\n";
   EXPECT_EQ(message(SCAN_STATUS::no_geometry, false), " *** ERROR: scan: cannot build geometry at point 4\n");

@@ -1,11 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "geometry/covalent_radii.hpp"
 #include "geometry/internal_coords.hpp"
 #include "geometry/internal_coords_report.hpp"
+#include "support/printed.hpp"
 #include "unit/geometry/samples.hpp"
 
 // Generation, values, B matrix, back-transformation and constraints of redundant internal coordinates.
@@ -207,9 +206,7 @@ TEST(InternalCoords, LimitsHold) {
   EXPECT_EQ(set.n_angles, MAX_ANGLES);
   EXPECT_EQ(set.n_dihedrals, MAX_TORSIONS);
   EXPECT_EQ(set.bonded.sum(), 2 * MAX_BONDS);
-  std::ostringstream report;
-  print_summary(set, report);
-  EXPECT_THAT(report.str(), HasSubstr("   *** WARNING: Too many bonds, truncating\n"));
+  EXPECT_THAT(printed(print_summary, set), HasSubstr("   *** WARNING: Too many bonds, truncating\n"));
 }
 
 TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
@@ -219,44 +216,40 @@ TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
   ASSERT_EQ(apply_constraints({{'B', {3, 1}, {}}, {'D', {4, 2, 1, 3}, 2.0}, {'A', {3, 2, 4}, {}}, {'B', {3, 4}, 4.5}},
                               molecule.x, set, matches),
             0);
-  std::ostringstream report;
-  print_constraint_matching(matches, set, report);
-  print_summary(set, report);
-  EXPECT_THAT(report.str(), HasSubstr("   Constraint matching:\n   --------------------\n"
-                                      "   matched auto-generated bond #2\n"
-                                      "   matched auto-generated torsion #1\n"));
-  EXPECT_THAT(report.str(), HasSubstr("   ADDED (theta = "));
-  EXPECT_THAT(report.str(), HasSubstr("   ADDED (R = 4.500000 bohr)\n"
-                                      "   4 coordinate(s) frozen out of 8 total.\n"
-                                      "     (2 new coordinate(s) added by extension)\n"));
-  EXPECT_THAT(report.str(), HasSubstr("   Total internal coordinates: 8\n   Bonds:                      4\n"
-                                      "   Angles:                     3\n   Dihedrals:                  1\n"
-                                      "   Frozen (constrained):       4\n"));
+  const std::string matching = printed(print_constraint_matching, matches, set);
+  EXPECT_THAT(matching, HasSubstr("   Constraint matching:\n   --------------------\n"
+                                  "   matched auto-generated bond #2\n"
+                                  "   matched auto-generated torsion #1\n"));
+  EXPECT_THAT(matching, HasSubstr("   ADDED (theta = "));
+  EXPECT_THAT(matching, HasSubstr("   ADDED (R = 4.500000 bohr)\n"
+                                  "   4 coordinate(s) frozen out of 8 total.\n"
+                                  "     (2 new coordinate(s) added by extension)\n"));
+  EXPECT_THAT(printed(print_summary, set), HasSubstr("   Total internal coordinates: 8\n   Bonds:                      4\n"
+                                                     "   Angles:                     3\n   Dihedrals:                  1\n"
+                                                     "   Frozen (constrained):       4\n"));
 }
 
 TEST(Constraints, BadEntriesAreRefused) {
-  struct CASE_T {
+  struct {
     std::string geometry;
     INTERNAL_COORDS::CONSTRAINT_T constraint;
     std::string line;
-  };
-  const std::vector<CASE_T> cases = {
+  } const cases[] = {
       {"HOOH", {'X', {1, 2}, {}}, "constraint 2: unknown kind 'X' (expected B / A / D)."},
       {"HOOH", {'B', {1, 5}, {}}, "constraint 2: atom index out of range."},
       {"HOOH", {'A', {1, 2, 0}, {}}, "constraint 2: angle wing atom out of range."},
       {"HOOH", {'D', {1, 2, 3, 9}, {}}, "constraint 2: dihedral atom out of range."},
       {"acetylene", {'D', {3, 1, 2, 4}, {}}, "constraint 2: the dihedral has no value, three of its atoms lie on a line."},
       {"HOOH", {'B', {3, 4}, {}}, "cannot extend internal-coordinate set: MAX_BONDS reached."}};
-  for (const CASE_T& test : cases) {
+  for (const auto& test : cases) {
     const STRUCTURE_T molecule = sample(test.geometry);
     COORDINATE_SET_T set = coordinates_of(molecule);
     if (test.line.find("MAX_BONDS") != std::string::npos) set.n_bonds = MAX_BONDS;
     std::vector<CONSTRAINT_MATCH_T> matches;
     EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, test.constraint}, molecule.x, set, matches), 0);
-    std::ostringstream report;
-    print_constraint_matching(matches, set, report);
-    EXPECT_THAT(report.str(), HasSubstr("   matched auto-generated bond #1\n *** ERROR: " + test.line + "\n"));
-    EXPECT_THAT(report.str(), ::testing::Not(HasSubstr("frozen out of")));
+    const std::string text = printed(print_constraint_matching, matches, set);
+    EXPECT_THAT(text, HasSubstr("   matched auto-generated bond #1\n *** ERROR: " + test.line + "\n"));
+    EXPECT_THAT(text, ::testing::Not(HasSubstr("frozen out of")));
   }
 }
 

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/Eigenvalues>
-#include <random>
 #include <sstream>
 
 #include "geometry/hessian_update.hpp"
@@ -73,10 +72,9 @@ TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
   RECORDER_T recorder;
   const OPTIMIZATION_T result = optimize(surface, settings, recorder);
   ASSERT_EQ(result.outcome, OUTCOME::converged);
+  using INTERNAL_COORDS::KIND;
   INTERNAL_COORDS::COORDINATE_SET_T held;
-  held.coordinates = {{INTERNAL_COORDS::KIND::bond, {1, 2, 0, 0}},
-                      {INTERNAL_COORDS::KIND::dihedral, {3, 1, 2, 4}},
-                      {INTERNAL_COORDS::KIND::bond, {3, 4, 0, 0}}};
+  held.coordinates = {{KIND::bond, {1, 2, 0, 0}}, {KIND::dihedral, {3, 1, 2, 4}}, {KIND::bond, {3, 4, 0, 0}}};
   const VECTOR before = INTERNAL_COORDS::coordinate_values(held, start);
   const VECTOR after = INTERNAL_COORDS::coordinate_values(held, result.positions);
   EXPECT_NEAR(after(0), before(0), 1e-6);
@@ -177,10 +175,8 @@ TEST(TrustRadius, FollowsTheRatio) {
 }
 
 TEST(RfoStep, IsTheMinimumOfTheModelWithinTheTrustRadius) {
-  std::mt19937 generator(4);
-  std::normal_distribution<double> normal;
-  const MATRIX random = MATRIX::NullaryExpr(6, 6, [&] { return normal(generator); });
-  const VECTOR gradient = VECTOR::NullaryExpr(6, [&] { return 0.3 * normal(generator); });
+  const MATRIX random = random_vector(36, 1.7, 4).reshaped(6, 6);
+  const VECTOR gradient = random_vector(6, 0.5, 5);
   const MATRIX metric = MATRIX::Identity(6, 6) + 0.1 * random * random.transpose();
   for (const double lift : {0.0, 8.0}) {  // indefinite and positive definite
     const MATRIX hessian = random + random.transpose() + lift * MATRIX::Identity(6, 6);

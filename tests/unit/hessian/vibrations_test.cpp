@@ -8,10 +8,15 @@
 #include "hessian/symmetry_number.hpp"
 #include "hessian/thermochemistry.hpp"
 #include "hessian/vibration_report.hpp"
+#include "support/printed.hpp"
 #include "support/surfaces.hpp"
 
 using namespace zentrix;
 using namespace zentrix::VIBRATIONS;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using TESTS::printed;
 
 namespace {
 
@@ -106,9 +111,8 @@ TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
   EXPECT_NEAR(bent.matrix.trace(), 3.0, 1e-12);
   EXPECT_LT((bent.matrix * bent.matrix - bent.matrix).norm(), 1e-12);
   const MOLECULE_T atom = TESTS::bare_molecule("Ne 0.3 0.1 -2\n");
-  std::ostringstream report;
-  print_projection(project_rigid_motions(MATRIX::Identity(3, 3), atom, root_masses(atom)), report);
-  EXPECT_EQ(report.str(), "     Projected out 3 TR modes.\n");
+  EXPECT_EQ(printed(print_projection, project_rigid_motions(MATRIX::Identity(3, 3), atom, root_masses(atom))),
+            "     Projected out 3 TR modes.\n");
 }
 
 TEST(Vibrations, TypesCountsAndPrintedBlocks) {
@@ -126,8 +130,7 @@ TEST(Vibrations, TypesCountsAndPrintedBlocks) {
   EXPECT_NEAR(found.zero_point_energy(), 0.5 * (10.1 + 2000.0) * unit, 1e-15);
   EXPECT_NEAR(found.intensities(0), 0.01 * 1777100.0, 1e-6);
   EXPECT_EQ(found.intensities(3), 0.0);
-  std::ostringstream with_infrared;
-  print_vibrations(found, with_infrared);
+  const std::string infrared = printed(print_vibrations, found);
   for (const char* text :
        {"   Vibrational Frequency Analysis\n   ======================================================\n\n"
         "   Mode   Freq (cm^-1)   IR int (km/mol)   Type\n   ----   -----------   ---------------   ------\n"
@@ -138,25 +141,23 @@ TEST(Vibrations, TypesCountsAndPrintedBlocks) {
         "   Mode 1:  -500.0000 cm^-1,  IR: 17771.0000 km/mol\n"
         "     Atom       dx         dy         dz\n       1    1.000000   0.000000   0.000000\n",
         "   Mode 5:  10.1000 cm^-1,  IR: "}) {
-    EXPECT_NE(with_infrared.str().find(text), std::string::npos) << text << "\nin\n" << with_infrared.str();
+    EXPECT_THAT(infrared, HasSubstr(text));
   }
-  EXPECT_EQ(with_infrared.str().find("Mode 4:"), std::string::npos) << "a mode below 10 cm^-1 is none";
-  for (const auto& [converged, text] : {std::pair{true, "Transition state confirmed.\n"},
-                                        {false, "Not confirmed: an SCF or the search did not converge.\n"}}) {
-    std::ostringstream verdict;
-    print_saddle_verdict(found.frequencies, converged, verdict);
-    EXPECT_EQ(verdict.str(), std::string("   Imaginary modes: 1 (500.00i cm^-1).  ") + text);
-  }
-  std::ostringstream verdict;
-  print_saddle_verdict(found.frequencies.tail(5), true, verdict);
-  EXPECT_EQ(verdict.str(), "   *** WARNING: 0 imaginary modes; a transition state has exactly one.\n");
-  std::ostringstream without;
-  print_vibrations(vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), nullptr), without);
-  EXPECT_NE(
-      without.str().find("   Mode   Freq (cm^-1)   Type\n   ----   -----------   ------\n      1     -500.0000   imag\n"),
-      std::string::npos);
-  EXPECT_NE(without.str().find("   Mode 1:  -500.0000 cm^-1\n"), std::string::npos);
-  EXPECT_EQ(without.str().find("IR"), std::string::npos);
+  EXPECT_THAT(infrared, Not(HasSubstr("Mode 4:"))) << "a mode below 10 cm^-1 is none";
+  const auto verdict = [](const VECTOR& frequencies, bool converged) {
+    return printed(print_saddle_verdict, frequencies, converged);
+  };
+  const std::string imaginary = "   Imaginary modes: 1 (500.00i cm^-1).  ";
+  EXPECT_EQ(verdict(found.frequencies, true), imaginary + "Transition state confirmed.\n");
+  EXPECT_EQ(verdict(found.frequencies, false), imaginary + "Not confirmed: an SCF or the search did not converge.\n");
+  EXPECT_EQ(verdict(found.frequencies.tail(5), true),
+            "   *** WARNING: 0 imaginary modes; a transition state has exactly one.\n");
+  const std::string without =
+      printed(print_vibrations, vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), nullptr));
+  EXPECT_THAT(without, HasSubstr("   Mode   Freq (cm^-1)   Type\n   ----   -----------   ------\n"
+                                 "      1     -500.0000   imag\n"));
+  EXPECT_THAT(without, HasSubstr("   Mode 1:  -500.0000 cm^-1\n"));
+  EXPECT_THAT(without, Not(HasSubstr("IR")));
 }
 
 TEST(Vibrations, IntensitiesOfPointCharges) {
@@ -184,14 +185,12 @@ TEST(Vibrations, QuasiHarmonicEntropyRaisesSoftModes) {
 TEST(Vibrations, HessianIsPrintedInBlocksOfSixColumns) {
   MATRIX hessian = MATRIX::Zero(9, 9);
   hessian(8, 6) = -0.25;
-  std::ostringstream report;
-  print_hessian(hessian, report);
-  const std::string text = report.str();
+  const std::string text = printed(print_hessian, hessian);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 10 + 1 + 10 + 1) << text;
-  EXPECT_EQ(text.find("\n   Cartesian Hessian (Ha/Bohr^2):\n                     1 "), 0U) << text;
+  EXPECT_THAT(text, StartsWith("\n   Cartesian Hessian (Ha/Bohr^2):\n                     1 "));
   for (const char* part :
        {"             6\n", "\n\n                     7 ", "\n       9   -0.25000000    0.00000000    0.00000000\n"})
-    EXPECT_NE(text.find(part), std::string::npos) << part << text;
+    EXPECT_THAT(text, HasSubstr(part));
 }
 
 TEST(SymmetryNumber, OfKnownShapes) {

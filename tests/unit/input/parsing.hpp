@@ -42,10 +42,4 @@ inline void expect_refusals(const std::vector<std::pair<std::string, std::string
 inline const std::string helium = "%geo\nHe 0 0 0\n*end\n";
 inline const std::string peroxide = "%gz\nH\nO 1 0.95\nO 2 1.45 1 102\nH 3 0.95 2 102 1 116\n*end\n";
 
-inline std::string summary(const INPUT_PARSER::INPUT_DATA_T& input) {
-  std::ostringstream report;
-  INPUT_PARSER::print_job_summary(input, report);
-  return report.str();
-}
-
 }  // namespace zentrix::TESTS

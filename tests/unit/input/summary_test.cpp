@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "parsing.hpp"
+#include "support/printed.hpp"
 
 namespace zentrix {
 namespace {
@@ -11,10 +12,11 @@ using testing::Not;
 using TESTS::helium;
 using TESTS::parse;
 using TESTS::peroxide;
-using TESTS::summary;
+
+std::string summary(const std::string& text) { return TESTS::printed(INPUT_PARSER::print_job_summary, parse(text).input); }
 
 TEST(JobSummary, PlainRun) {
-  EXPECT_EQ(summary(parse("%geo\nO 0 0 -0.1173\nH 0 0.7572 0.4692\n*end\n").input),
+  EXPECT_EQ(summary("%geo\nO 0 0 -0.1173\nH 0 0.7572 0.4692\n*end\n"),
             "   Job type:         energy\n"
             "   Method:           HF\n"
             "   Basis set:        STO-3G\n"
@@ -56,18 +58,17 @@ TEST(JobSummary, SettingsShowInTheirLines) {
       {"%level_shift off", "   SCF level shift:  OFF\n"},
       {"%level_shift 0.25", "   SCF level shift:  0.25 Ha (fixed, applied from iter 1)\n"},
   };
-  for (const auto& [lines, text] : cases) EXPECT_THAT(summary(parse(lines + "\n" + helium).input), HasSubstr(text)) << lines;
-  EXPECT_THAT(summary(parse("%job freq\n" + helium).input), Not(HasSubstr("Geom max iter")));
-  EXPECT_THAT(summary(parse("%job ts\n" + helium).input), Not(HasSubstr("Initial Hessian")));  // it is computed
-  EXPECT_THAT(summary(parse(peroxide + "%scan\nR 2 1 2 0.1\n*end\n").input), Not(HasSubstr("PES scan")));
+  for (const auto& [lines, text] : cases) EXPECT_THAT(summary(lines + "\n" + helium), HasSubstr(text)) << lines;
+  EXPECT_THAT(summary("%job freq\n" + helium), Not(HasSubstr("Geom max iter")));
+  EXPECT_THAT(summary("%job ts\n" + helium), Not(HasSubstr("Initial Hessian")));  // it is computed
+  EXPECT_THAT(summary(peroxide + "%scan\nR 2 1 2 0.1\n*end\n"), Not(HasSubstr("PES scan")));
   // Columns stay apart whatever the coordinates are.
-  EXPECT_THAT(summary(parse("%geo\nHe -1500.25 20000 0\n*end\n").input),
-              HasSubstr("    He  -1500.2500000 20000.0000000    0.0000000\n"));
+  EXPECT_THAT(summary("%geo\nHe -1500.25 20000 0\n*end\n"), HasSubstr("    He  -1500.2500000 20000.0000000    0.0000000\n"));
 }
 
 TEST(JobSummary, ZmatrixAndScanGrid) {
   const std::string text = peroxide + "%scan\nR 2 0.9 1.1 0.1\nD 4 0 180 60\n*end\n";
-  const std::string rigid = summary(parse("%job scan\n" + text).input);
+  const std::string rigid = summary("%job scan\n" + text);
   EXPECT_THAT(rigid, HasSubstr("   Job type:         Rigid PES Scan\n"));
   EXPECT_THAT(rigid,
               HasSubstr("   Input Z-matrix:\n     H\n     O 1 0.95\n     O 2 1.45 1 102\n     H 3 0.95 2 102 1 116\n"));
@@ -79,15 +80,15 @@ TEST(JobSummary, ZmatrixAndScanGrid) {
                                "    D      4     0.0000   180.0000    60.0000     4  deg\n"
                                "   --------------------------------------------------------\n"
                                "   Total grid points: 12   (each = one independent SCF)\n"));
-  EXPECT_THAT(summary(parse("%job scanopt\n" + text).input),
+  EXPECT_THAT(summary("%job scanopt\n" + text),
               HasSubstr("   Total grid points: 12   (each = one constrained optimization)\n"));
 }
 
 TEST(JobSummary, ConstraintsAndFragments) {
-  EXPECT_THAT(summary(parse("%job opt\n" + peroxide + "%constrain\nB 1 2\nA 1 2 3\nD 1 2 3 4\n*end\n").input),
+  EXPECT_THAT(summary("%job opt\n" + peroxide + "%constrain\nB 1 2\nA 1 2 3\nD 1 2 3 4\n*end\n"),
               HasSubstr("   Geometry constraints (held fixed):\n   ----------------------------------\n"
                         "     bond     1:  atoms  1 2\n     angle    2:  atoms  1 2 3\n     dihedral 3:  atoms  1 2 3 4\n"));
-  const std::string complex = summary(parse("%job cp\n%geo\nHe 0 0 0 1\nHe 0 0 3 2\n*end\n").input);
+  const std::string complex = summary("%job cp\n%geo\nHe 0 0 0 1\nHe 0 0 3 2\n*end\n");
   EXPECT_THAT(complex, HasSubstr("   Job type:         BSSE / CP\n"));
   EXPECT_THAT(complex, HasSubstr("    He     0.0000000    0.0000000    3.0000000   fragment 2\n"));
 }
