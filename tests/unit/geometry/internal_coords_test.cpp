@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -46,20 +47,13 @@ TEST(InternalCoords, CoordinatesSpanAllVibrations) {
 
 TEST(InternalCoords, LongChainsKeepTheirSoftestVibrations) {
   // The bending of a zigzag chain as a whole changes every coordinate only a little.
-  std::string lines;
-  constexpr int length = 40;
-  for (int i = 0; i < length; ++i) {
+  std::string lines = "H -0.9 -1.03 0\n";
+  for (int i = 0; i < 40; ++i) {
     const double side = i % 2 == 0 ? -1.0 : 1.0;
-    const std::string x = std::to_string(1.27 * i);
-    const std::string across = std::to_string(1.05 * side);
-    lines += "C " + x + " " + std::to_string(0.43 * side) + " 0\n";
-    lines += "H " + x + " " + across + " 0.89\nH " + x + " " + across + " -0.89\n";
-    if (i == 0) lines += "H -0.9 -1.03 0\n";
-    if (i == length - 1) lines += "H " + std::to_string(1.27 * i + 0.9) + " 1.03 0\n";
+    lines += fmt::format("C {0} {1} 0\nH {0} {2} 0.89\nH {0} {2} -0.89\n", 1.27 * i, 0.43 * side, 1.05 * side);
   }
   const STRUCTURE_T molecule = structure(lines);
-  const COORDINATE_SET_T set = coordinates_of(molecule);
-  EXPECT_EQ(frame_of(wilson_b(set, molecule.x)).v.cols(), molecule.x.size() - 6);
+  EXPECT_EQ(frame_of(wilson_b(coordinates_of(molecule), molecule.x)).v.cols(), molecule.x.size() - 6);
 }
 
 TEST(InternalCoords, KnownSetsAreFound) {
