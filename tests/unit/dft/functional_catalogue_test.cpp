@@ -3,35 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <sstream>
-#include <string>
+
+#include "dft/functional_report.hpp"
+#include "support/printed.hpp"
+#include "xc_samples.hpp"
 
 using namespace zentrix::DFT;
-
-namespace {
-
-FUNCTIONAL_T look_up(const std::string& name) {
-  std::ostringstream report;
-  FUNCTIONAL_T functional;
-  EXPECT_EQ(set_up_functional(name, functional, report), 0) << name << report.str();
-  EXPECT_EQ(report.str(), "");
-  return functional;
-}
-
-std::string printed(const std::string& name) {
-  std::ostringstream report;
-  print_functional(look_up(name), report);
-  return report.str();
-}
-
-}  // namespace
+using samples::method;
 
 TEST(FunctionalCatalogue, EveryRowConservesExchangeAndCorrelation) {
   // Exact and semilocal exchange add to one, and so does correlation: a weight mistyped in any row shows here.
   std::set<std::string_view> seen;
   for (const std::string_view word : method_words()) {
     EXPECT_TRUE(seen.insert(word).second) << word << " stands twice";
-    const FUNCTIONAL_T functional = look_up(std::string(word));
+    const FUNCTIONAL_T functional = method(word);
     double exchange = functional.hf_exchange;
     double correlation = 0.0;
     for (const auto& [component, weight] : functional.components) {
@@ -45,6 +30,7 @@ TEST(FunctionalCatalogue, EveryRowConservesExchangeAndCorrelation) {
 }
 
 TEST(FunctionalCatalogue, PrintedBlocks) {
+  const auto printed = [](const char* word) { return zentrix::TESTS::printed(print_functional, method(word)); };
   EXPECT_EQ(printed("mp2"), "   Functional:       MP2\n   Class:            Hartree-Fock\n   HF exchange:      100.00 %\n");
   EXPECT_EQ(printed("PBE0"),
             "   Functional:       PBE0\n   Class:            Hybrid\n   HF exchange:       25.00 %\n   XC components:\n"

@@ -13,6 +13,7 @@
 #include "dft/pruning.hpp"
 #include "support/grids.hpp"
 #include "support/molecules.hpp"
+#include "support/printed.hpp"
 
 using namespace zentrix;
 using namespace zentrix::DFT_GRID;
@@ -23,12 +24,10 @@ using TESTS::grid_of;
 namespace {
 
 std::string summary(int level) {
-  std::ostringstream report;
   MOLECULAR_GRID_T grid;
   grid.level = level;
   grid.weight.resize(1234);
-  print_grid(grid, report);
-  return report.str();
+  return TESTS::printed(print_grid, grid);
 }
 
 std::string summary_text(const char* name, const char* radial, const char* points, const char* angular, const char* sizes,
@@ -69,10 +68,9 @@ TEST(GridLevels, SummaryOfRowsOutsideTheTable) {
   GRID_LEVEL_T row = grid_level(8);
   row.alpha = 0.5;
   row.size_adjustment = static_cast<SIZE_ADJUSTMENT>(7);
-  std::ostringstream report;
-  print_summary(row, 10, report);
-  EXPECT_THAT(report.str(), testing::HasSubstr("   Radial scheme      : Treutler-Ahlrichs (alpha=0.5)\n"));
-  EXPECT_THAT(report.str(), testing::HasSubstr("   Becke size adj.    : mode=7 (unknown)\n"));
+  const std::string report = TESTS::printed(print_summary, row, 10);
+  EXPECT_THAT(report, testing::HasSubstr("   Radial scheme      : Treutler-Ahlrichs (alpha=0.5)\n"));
+  EXPECT_THAT(report, testing::HasSubstr("   Becke size adj.    : mode=7 (unknown)\n"));
 }
 
 // A shell on a boundary belongs to the inner zone on levels 2 to 7, to the outer one on level 10.

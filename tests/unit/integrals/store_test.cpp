@@ -2,10 +2,10 @@
 
 #include <cstdint>
 #include <set>
-#include <sstream>
 
 #include "integrals/eri_store.hpp"
 #include "integrals/integrals_2e.hpp"
+#include "support/printed.hpp"
 #include "two_electron_samples.hpp"
 
 using namespace zentrix;
@@ -79,13 +79,11 @@ TEST(ERI_STORE, REPORT_SAYS_WHICH_MODE_AND_WHY) {
   mode.integrals = 5 * 1024 * 128;
   mode.limit_mb = 5;
   mode.threads = 2;
-  std::ostringstream conventional, direct;
-  print_mode(mode, conventional);
-  EXPECT_EQ(conventional.str(), "   Conventional SCF: 1234 shell quartets, 5.0 MB\n     ERI precompute: 2 OpenMP threads\n");
+  EXPECT_EQ(TESTS::printed(print_mode, mode),
+            "   Conventional SCF: 1234 shell quartets, 5.0 MB\n     ERI precompute: 2 OpenMP threads\n");
   mode.conventional = false;
   mode.limit_mb = 4;
-  print_mode(mode, direct);
-  EXPECT_EQ(direct.str(),
+  EXPECT_EQ(TESTS::printed(print_mode, mode),
             "   Conventional SCF would need 1234 shell quartets / 5.0 MB\n"
             "   (above the current ERI memory limit of 4 MB).\n"
             "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n"

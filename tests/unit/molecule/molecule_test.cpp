@@ -9,6 +9,7 @@
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
 #include "support/molecules.hpp"
+#include "support/printed.hpp"
 #include "support/temporary_folder.hpp"
 
 // From the input record to the molecule: counts and messages.
@@ -177,9 +178,8 @@ TEST(MOLECULE, FrozenCoreChangesAtTheNobleGases) {
 }
 
 TEST(MOLECULE, SummaryNumbersShellsAndFunctionsFromOne) {
-  std::ostringstream report;
-  print_molecule_summary(TESTS::sample_molecule(TESTS::water, "6-31G*", {.spherical = true}), report);
-  const std::string text = report.str();
+  const std::string text =
+      TESTS::printed(print_molecule_summary, TESTS::sample_molecule(TESTS::water, "6-31G*", {.spherical = true}));
   EXPECT_THAT(text, HasSubstr("   Number of shells:          10\n   Number of basis fns:       18\n"));
   EXPECT_THAT(text, HasSubstr("   Primitive Gaussians:       36\n   Spherical basis fns:       18\n"));
   EXPECT_THAT(text, HasSubstr("       6     1  d      1    5         10\n"));

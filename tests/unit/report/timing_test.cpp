@@ -3,10 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
+
+#include "support/printed.hpp"
 
 using namespace zentrix;
 
@@ -23,9 +24,7 @@ double printed_wall(const std::string& profile, const std::string& label) {
 
 std::string profile_of_run() {
   timer_stop(STAGE::total);
-  std::ostringstream report;
-  print_timing_profile(report);
-  return report.str();
+  return TESTS::printed(print_timing_profile);
 }
 
 class Timing : public testing::Test {

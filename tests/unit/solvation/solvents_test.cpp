@@ -6,6 +6,7 @@
 #include <string>
 
 #include "solvation/activation.hpp"
+#include "support/printed.hpp"
 
 using namespace zentrix::SOLVATION;
 using zentrix::INPUT_PARSER::INPUT_DATA_T;
@@ -21,9 +22,7 @@ TEST(Solvents, NamesInAnyCase) {
 }
 
 TEST(Solvents, EveryNameOfTheHelpIsKnownWithItsRoundedValue) {
-  std::ostringstream help;
-  print_known_solvents(help);
-  std::string text = help.str();
+  std::string text = zentrix::TESTS::printed(print_known_solvents);
   text = text.substr(text.find('\n'), text.find("   Use ") - text.find('\n'));
   for (char& c : text)
     if (c == '(' || c == ')') c = ' ';
