@@ -22,17 +22,21 @@ using namespace zentrix::TESTS;
 using INPUT_PARSER::MODEL_HESSIAN;
 using ::testing::HasSubstr;
 
-/// Keeps the table and what else a test wants to see.
-class RECORDER_T : public OPTIMIZER_OBSERVER_T {
- public:
+/// An optimisation with what it told.
+struct OPTIMIZING_T : OPTIMIZER_OBSERVER_T {
+  OPTIMIZING_T(const STRUCTURE_T& atoms, const VECTOR& start, const FUNCTION_T& function,
+               const OPTIMIZER_SETTINGS_T& settings = {}) {
+    FUNCTION_SURFACE_T surface(atoms, start, function);
+    result = optimize(surface, settings, *this);
+  }
   void started(bool is_internal, MODEL_HESSIAN, const THRESHOLDS_T&) override { internal = is_internal; }
-  void evaluated(const STEP_ROW_T& row) override { rows.push_back(row); }
   void step_rejected(int, double) override { ++rejected; }
   void coordinates_remade() override { ++remade; }
+
+  OPTIMIZATION_T result;
   bool internal = false;
   int rejected = 0;
   int remade = 0;
-  std::vector<STEP_ROW_T> rows;
 };
 
 double largest(const VECTOR& v) { return v.lpNorm<Eigen::Infinity>(); }
@@ -45,17 +49,15 @@ TEST(Optimizer, BothCoordinateSystemsFindTheSameMinimum) {
     const VECTOR start = reference.x + random_vector(reference.x.size(), 0.12, 5);
     double energy[3] = {};
     for (int run = 0; run < 3; ++run) {
-      FUNCTION_SURFACE_T surface(reference, start, strained_pairs(reference));
       OPTIMIZER_SETTINGS_T settings;
       settings.max_steps = 150;
       settings.initial_hessian = run == 1 ? MODEL_HESSIAN::diag : MODEL_HESSIAN::full;
       settings.force_cartesian = run == 2;
-      RECORDER_T recorder;
-      const OPTIMIZATION_T result = optimize(surface, settings, recorder);
-      EXPECT_EQ(result.outcome, OUTCOME::converged) << name << " " << run;
-      EXPECT_EQ(recorder.internal, run != 2);
-      EXPECT_LT(largest(result.point.gradient), 2e-3) << name << " " << run;
-      energy[run] = result.point.energy;
+      const OPTIMIZING_T search(reference, start, strained_pairs(reference), settings);
+      EXPECT_EQ(search.result.outcome, OUTCOME::converged) << name << " " << run;
+      EXPECT_EQ(search.internal, run != 2);
+      EXPECT_LT(largest(search.result.point.gradient), 2e-3) << name << " " << run;
+      energy[run] = search.result.point.energy;
     }
     EXPECT_NEAR(energy[0], energy[1], 1e-4) << name;
     EXPECT_NEAR(energy[0], energy[2], 1e-4) << name;
@@ -68,9 +70,7 @@ TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
   OPTIMIZER_SETTINGS_T settings;
   settings.max_steps = 100;
   settings.constraints = {{'B', {2, 1}, {}}, {'D', {3, 1, 2, 4}, 1.2}, {'B', {3, 4}, {}}};
-  FUNCTION_SURFACE_T surface(reference, start, strained_pairs(reference));
-  RECORDER_T recorder;
-  const OPTIMIZATION_T result = optimize(surface, settings, recorder);
+  const OPTIMIZATION_T result = OPTIMIZING_T(reference, start, strained_pairs(reference), settings).result;
   ASSERT_EQ(result.outcome, OUTCOME::converged);
   using INTERNAL_COORDS::KIND;
   INTERNAL_COORDS::COORDINATE_SET_T held;
@@ -90,22 +90,18 @@ TEST(Optimizer, ConstraintsHoldAndOnlyTheirForcesRemain) {
 TEST(Optimizer, BentChainBecomesStraight) {
   // In this order of the atoms the strain of the surface keeps the oxygen atoms apart: the minimum is straight.
   const STRUCTURE_T straight = structure("O 0 0 1.16\nO 0 0 -1.16\nC 0 0 0\n");
-  FUNCTION_SURFACE_T surface(straight, structure("O 0.35 0 1.1\nO 0.35 0 -1.1\nC 0 0 0\n").x, strained_pairs(straight));
-  RECORDER_T recorder;
-  const OPTIMIZATION_T result = optimize(surface, {}, recorder);
-  EXPECT_EQ(result.outcome, OUTCOME::converged);
-  EXPECT_LT(largest(result.point.gradient), 2e-3);
-  EXPECT_GT(recorder.remade, 0) << "no angle of the start is linear";
+  const VECTOR bent = structure("O 0.35 0 1.1\nO 0.35 0 -1.1\nC 0 0 0\n").x;
+  const OPTIMIZING_T search(straight, bent, strained_pairs(straight));
+  EXPECT_EQ(search.result.outcome, OUTCOME::converged);
+  EXPECT_LT(largest(search.result.point.gradient), 2e-3);
+  EXPECT_GT(search.remade, 0) << "no angle of the start is linear";
 }
 
 TEST(Optimizer, NeverConvergesOnTheFirstStep) {
   const STRUCTURE_T atom = structure("He 0 0 1\n");
-  FUNCTION_SURFACE_T surface(atom, atom.x, [](const VECTOR&) { return -1.0; });
-  RECORDER_T recorder;
-  const OPTIMIZATION_T result = optimize(surface, {}, recorder);
+  const OPTIMIZATION_T result = OPTIMIZING_T(atom, atom.x, [](const VECTOR&) { return -1.0; }).result;
   EXPECT_EQ(result.outcome, OUTCOME::converged);
   EXPECT_EQ(result.steps, 2);
-  EXPECT_EQ(recorder.rows[0].max_gradient, 0.0);
   EXPECT_EQ(result.positions, atom.x);
 }
 
@@ -150,15 +146,13 @@ TEST(Optimizer, StepsThatRaiseTheEnergyAreTakenBack) {
   // A narrow wall behind a gentle slope: the first steps run into it.
   STRUCTURE_T start = structure("H 0 0 0\nH 0 0 1\n");
   start.x(5) = 1.95;
-  FUNCTION_SURFACE_T surface(start, start.x, [](const VECTOR& x) {
+  const OPTIMIZING_T search(start, start.x, [](const VECTOR& x) {
     const double over = std::max(distance(x, 0, 1) - 2.0, 0.0);
     return -0.05 * distance(x, 0, 1) + 50.0 * over * over;
   });
-  RECORDER_T recorder;
-  const OPTIMIZATION_T result = optimize(surface, {}, recorder);
-  EXPECT_EQ(result.outcome, OUTCOME::converged);
-  EXPECT_GT(recorder.rejected, 0);
-  EXPECT_NEAR(result.positions(5) - result.positions(2), 2.0005, 1e-5);
+  EXPECT_EQ(search.result.outcome, OUTCOME::converged);
+  EXPECT_GT(search.rejected, 0);
+  EXPECT_NEAR(distance(search.result.positions, 0, 1), 2.0005, 1e-5);
 }
 
 TEST(TrustRadius, FollowsTheRatio) {

@@ -22,9 +22,17 @@ struct VALUE_CASE_T {
   bool (*holds)(const INPUT_DATA_T& input);
 };
 
+void expect_fields(const std::vector<VALUE_CASE_T>& cases) {
+  for (const VALUE_CASE_T& c : cases) {
+    const auto result = parse(std::string(c.lines) + "\n" + helium);
+    EXPECT_EQ(result.error, 0) << c.lines << "\n" << result.report;
+    EXPECT_TRUE(c.holds(result.input)) << c.lines;
+  }
+}
+
 TEST(Keywords, FillTheirFields) {
   using IN = INPUT_DATA_T;
-  const VALUE_CASE_T cases[] = {
+  expect_fields({
       {"", [](const IN& in) { return in.method == "HF" && in.basis == "STO-3G" && in.grid == "6" && in.frozen_core == -1; }},
       {"", [](const IN& in) { return in.scf_maxiter == 150 && in.scf_etol == 1e-8 && in.scf_ptol == 1e-6; }},
       {"",
@@ -60,17 +68,12 @@ TEST(Keywords, FillTheirFields) {
        [](const IN& in) { return !in.eps_given && !in.pcm_given && !in.solvent_given; }},
       {"%pcm none\n%solvent water", [](const IN& in) { return !in.pcm_given && !in.solvent_given; }},
       {"%pcm none\n%solvent water\n%pcm cosmo", [](const IN& in) { return in.pcm_given && in.solvent_given; }},
-  };
-  for (const auto& c : cases) {
-    const auto result = parse(std::string(c.lines) + "\n" + helium);
-    EXPECT_EQ(result.error, 0) << c.lines << "\n" << result.report;
-    EXPECT_TRUE(c.holds(result.input)) << c.lines;
-  }
+  });
 }
 
 TEST(Keywords, BasisAndEcpNamesPerElement) {
   using IN = INPUT_DATA_T;
-  const VALUE_CASE_T cases[] = {
+  expect_fields({
       {"%basis 6-311++G(2d, 2p)", [](const IN& in) { return in.basis == "6-311++G(2d, 2p)" && in.element_basis.empty(); }},
       {"%basis MIDI! ! comment", [](const IN& in) { return in.basis == "MIDI!"; }},
       {"%basis cc-pVDZ\n%basis br = LANL2DZ",
@@ -84,11 +87,7 @@ TEST(Keywords, BasisAndEcpNamesPerElement) {
       {"%ecp NONE", [](const IN& in) { return in.ecp == "none" && in.default_ecp == "none"; }},
       {"%ecp I=SDD",
        [](const IN& in) { return in.ecp == "mixed" && in.element_ecp.at(53) == "SDD" && in.default_ecp.empty(); }},
-  };
-  for (const auto& c : cases) {
-    const auto result = parse(std::string(c.lines) + "\n" + helium);
-    EXPECT_TRUE(result.error == 0 && c.holds(result.input)) << c.lines << "\n" << result.report;
-  }
+  });
 }
 
 TEST(Keywords, RefusedValuesQuoteTheLineAndWhatIsAccepted) {
