@@ -15,18 +15,29 @@ namespace {
 /// Primitive quartets whose product of prefactors lies this far below the threshold are left out.
 constexpr double PRIMITIVE_SAFETY = 1e-3;
 
+std::size_t most_contractions(const SHELL_PAIRS_T& data) {
+  int most = 1;
+  for (const PAIR_LIST_T& list : data.lists) most = std::max(most, list.n_contractions);
+  return static_cast<std::size_t>(most);
+}
+
+/// The pair itself, or that of one combination of its contractions.
+const SHELL_PAIR_T& member(const SHELL_PAIR_T& pair, int combination) {
+  return pair.n_contractions > 1 ? pair.members[combination] : pair;
+}
+
 /// Buffers of one thread.
 struct THREAD_T {
   QUARTET_WORK_T work;
-  ALIGNED_DOUBLES density_panels, exchange_panels;  ///< one after the other for all densities
+  ALIGNED_DOUBLES density_panels, exchange_panels;  ///< one after the other for all densities and contractions of the bra
   std::vector<double> weight;                       ///< largest density element between a shell and the bra's shells
   std::vector<const SHELL_PAIR_T*> kets;
   std::vector<double> block;
 
   THREAD_T(const SHELL_PAIRS_T& data, int lanes, std::size_t n_densities)
-      : work(data.max_l, data.max_primitives, lanes),
-        density_panels(n_densities * panel_doubles(data)),
-        exchange_panels(n_densities * panel_doubles(data)),
+      : work(data, lanes),
+        density_panels(n_densities * most_contractions(data) * panel_doubles(data)),
+        exchange_panels(n_densities * most_contractions(data) * panel_doubles(data)),
         weight(static_cast<std::size_t>(data.n_shells())) {
     std::size_t longest = 0;
     for (const PAIR_LIST_T& list : data.lists) longest = std::max(longest, list.pairs.size());
@@ -71,8 +82,10 @@ class DIRECT_BUILD {
     if (!panels_filled) return;
     const Eigen::Index size = data_.n_components();
     double* target = targets.data();
+    const double* panel = thread.exchange_panels.data();
     for (std::size_t n = 0; n < densities_.size(); ++n, target += size * size)
-      add_panel(thread.exchange_panels.data() + n * panel_, bra, list.na(), list.nb(), {target, size, size});
+      for (int i = 0; i < bra.n_contractions; ++i, panel += panel_)
+        add_panel(panel, member(bra, i), list.na(), list.nb(), {target, size, size});
   }
 
  private:
@@ -89,32 +102,62 @@ class DIRECT_BUILD {
   }
 
   void fill_panels(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list) const {
-    for (std::size_t n = 0; n < densities_.size(); ++n)
-      fill_panel(*densities_[n], bra, list.na(), list.nb(), thread.density_panels.data() + n * panel_);
-    std::fill_n(thread.exchange_panels.data(), densities_.size() * panel_, 0.0);
+    double* panel = thread.density_panels.data();
+    for (const MATRIX* density : densities_)
+      for (int i = 0; i < bra.n_contractions; ++i, panel += panel_)
+        fill_panel(*density, member(bra, i), list.na(), list.nb(), panel);
+    std::fill_n(thread.exchange_panels.data(), panel - thread.density_panels.data(), 0.0);
   }
 
   void digest_vectors(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, const PAIR_LIST_T& kets) const {
     const auto [front, digest] = kernels_of(list, kets);
+    const std::size_t rows =
+        static_cast<std::size_t>(list.block_size() * kernels::row_stride(kets.la, kets.lb) * kernels_.lanes);
+    const int n_kets = static_cast<int>(thread.kets.size());
+    for (int k = 0; k < n_kets; k += kernels_.lanes) {
+      const int count = std::min(kernels_.lanes, n_kets - k);
+      kernels::BATCH_T batch = make_batch(bra, thread.kets.data() + k, count, primitive_cutoff(thread, k, count));
+      front(batch, boys_, thread.work.scratch.data(), thread.work.rows.data());
+      // Rows of all combinations, those of the bra first.
+      for (int c = 0; c < kets.n_contractions; ++c) {
+        for (int lane = 0; lane < kernels_.lanes; ++lane)
+          batch.kets[lane] = &member(*thread.kets[static_cast<std::size_t>(lane < count ? k + lane : k)], c);
+        for (int i = 0; i < bra.n_contractions; ++i)
+          digest_rows(thread, list, bra.n_contractions, i, digest, batch,
+                      thread.work.rows.data() + static_cast<std::size_t>(i * kets.n_contractions + c) * rows);
+      }
+    }
+  }
+
+  /// Smallest product of prefactors that matters to `count` kets from the k-th on: with the densities that they will meet,
+  /// so that builds from a small change of the density leave out more.
+  double primitive_cutoff(const THREAD_T& thread, int k, int count) const {
+    double largest = 0.0;
+    for (int n = k; n < k + count; ++n) {
+      const SHELL_PAIR_T& ket = *thread.kets[static_cast<std::size_t>(n)];
+      largest = std::max({largest, thread.weight[static_cast<std::size_t>(ket.shell_i)],
+                          thread.weight[static_cast<std::size_t>(ket.shell_j)]});
+    }
+    return threshold_ * PRIMITIVE_SAFETY / largest;
+  }
+
+  /// One set of rows, with the panels of combination i of the bra.
+  void digest_rows(THREAD_T& thread, const PAIR_LIST_T& list, int n_bra, int i, kernels::DIGEST_ROWS digest,
+                   const kernels::BATCH_T& batch, const double* rows) const {
     kernels::DIGEST_T target;
     target.na = list.na();
     target.nb = list.nb();
-    const int n_kets = static_cast<int>(thread.kets.size());
-    for (int k = 0; k < n_kets; k += kernels_.lanes) {
-      const kernels::BATCH_T batch =
-          make_batch(bra, thread.kets.data() + k, std::min(kernels_.lanes, n_kets - k), threshold_ * PRIMITIVE_SAFETY);
-      front(batch, boys_, thread.work.scratch.data(), thread.work.rows.data());
-      for (std::size_t n = 0; n < densities_.size(); ++n) {
-        target.dp = thread.density_panels.data() + n * panel_;
-        target.kp = thread.exchange_panels.data() + n * panel_;
-        digest(batch, target, thread.work.scratch.data(), thread.work.rows.data());
-      }
+    for (std::size_t n = 0; n < densities_.size(); ++n) {
+      const std::size_t panel = (n * static_cast<std::size_t>(n_bra) + static_cast<std::size_t>(i)) * panel_;
+      target.dp = thread.density_panels.data() + panel;
+      target.kp = thread.exchange_panels.data() + panel;
+      digest(batch, target, thread.work.scratch.data(), rows);
     }
   }
 
   std::pair<kernels::FRONT, kernels::DIGEST_ROWS> kernels_of(const PAIR_LIST_T& bras, const PAIR_LIST_T& kets) const {
     const kernels::QUARTET_KERNELS_T& table = *kernels_.table;
-    if (!data_.weights.empty()) {
+    if (data_.has_sp_shells) {
       const int ket_class = kernels::merged_class(kets.la, kets.lb);
       return {table.merged_front[kernels::merged_class(bras.la, bras.lb)][ket_class], table.merged_digest[ket_class]};
     }

@@ -12,47 +12,62 @@ namespace {
 
 using kernels::SP_SHELL;
 
-/// Highest angular momentum of molecules whose shells are merged; buffers of merged classes fit those of two such shells.
-constexpr int MERGED_LMAX = 2;
-constexpr int MOST_COMBINATIONS = 4;
+/// Highest angular momentum of molecules whose s and p shells are merged: there are kernels up to here.
+constexpr int SP_LMAX = 2;
+/// Doubles that weights of a primitive take with SP_SHELLs.
+constexpr int SP_COMBINATIONS = 4;
+/// Most contractions in one block; more are cut into several.
+constexpr int MOST_CONTRACTIONS = 4;
 
-/// A shell of the merged molecule: one or two of the plain ones.
+/// A shell of the merged molecule: some of the plain ones.
 struct BLOCK_T {
   int kind = 0;
   int first_shell = 0;
-  int shells() const { return kernels::shells_in(kind); }
+  int shells = 1;
 };
 
-bool mergeable(const SHELL_PAIRS_T& plain, int s) {
-  if (s + 1 >= plain.n_shells()) return false;
-  const SHELL_T& a = plain.shells[static_cast<std::size_t>(s)];
-  const SHELL_T& b = plain.shells[static_cast<std::size_t>(s) + 1];
-  return a.l == 0 && b.l == 1 && a.atom == b.atom && a.alpha == b.alpha;
+enum class MERGING { sp, contractions };
+
+bool same_primitives(const SHELL_T& a, const SHELL_T& b) { return a.atom == b.atom && a.alpha == b.alpha; }
+
+/// The block that begins with shell s.
+BLOCK_T block_at(const std::vector<SHELL_T>& shells, std::size_t s, MERGING merging) {
+  BLOCK_T block{shells[s].l, static_cast<int>(s), 1};
+  const auto next_is = [&](std::size_t n, int l) {
+    return n < shells.size() && shells[n].l == l && same_primitives(shells[s], shells[n]);
+  };
+  if (merging == MERGING::sp && shells[s].l == 0 && next_is(s + 1, 1)) return {SP_SHELL, block.first_shell, 2};
+  if (merging == MERGING::contractions && shells[s].nprim > 1)
+    while (block.shells < MOST_CONTRACTIONS && next_is(s + static_cast<std::size_t>(block.shells), block.kind))
+      ++block.shells;
+  return block;
 }
 
-std::vector<BLOCK_T> blocks_of(const SHELL_PAIRS_T& plain) {
+/// All shells in blocks; empty when none is merged.
+std::vector<BLOCK_T> blocks_of(const std::vector<SHELL_T>& shells, MERGING merging) {
   std::vector<BLOCK_T> blocks;
-  for (int s = 0; s < plain.n_shells(); s += blocks.back().shells())
-    blocks.push_back({mergeable(plain, s) ? SP_SHELL : plain.shells[static_cast<std::size_t>(s)].l, s});
-  return blocks;
+  for (std::size_t s = 0; s < shells.size(); s += static_cast<std::size_t>(blocks.back().shells))
+    blocks.push_back(block_at(shells, s, merging));
+  return blocks.size() < shells.size() ? blocks : std::vector<BLOCK_T>{};
 }
 
 /// Primitive pairs of two blocks without their coefficients in the prefactors, which become the weights.
 class MERGED_PRIMITIVES_T {
  public:
-  MERGED_PRIMITIVES_T(const SHELL_PAIRS_T& plain, const BLOCK_T& a, const BLOCK_T& b) {
+  /// `stride`: doubles of the weights of a primitive.
+  MERGED_PRIMITIVES_T(const SHELL_PAIRS_T& plain, const BLOCK_T& a, const BLOCK_T& b, int stride)
+      : stride_(static_cast<std::size_t>(stride)) {
     const auto shell = [&](const BLOCK_T& block, int n) -> const SHELL_T& {
       return plain.shells[static_cast<std::size_t>(block.first_shell + n)];
     };
-    const auto& centers = plain.centers;
-    const auto& center_a = centers[static_cast<std::size_t>(a.first_shell)];
-    const auto& center_b = centers[static_cast<std::size_t>(b.first_shell)];
+    const auto& center_a = plain.centers[static_cast<std::size_t>(a.first_shell)];
+    const auto& center_b = plain.centers[static_cast<std::size_t>(b.first_shell)];
     for (int m = 0; m < shell(a, 0).nprim; ++m)
       for (int n = 0; n < shell(b, 0).nprim; ++n) {
         ENTRY_T entry;
-        for (int i = 0; i < a.shells(); ++i)
-          for (int j = 0; j < b.shells(); ++j)
-            entry.weights[static_cast<std::size_t>(i * b.shells() + j)] =
+        for (int i = 0; i < a.shells; ++i)
+          for (int j = 0; j < b.shells; ++j)
+            entry.weights[static_cast<std::size_t>(i * b.shells + j)] =
                 shell(a, i).coeff[static_cast<std::size_t>(m)] * shell(b, j).coeff[static_cast<std::size_t>(n)];
         set_primitive(shell(a, 0).alpha[static_cast<std::size_t>(m)], center_a,
                       shell(b, 0).alpha[static_cast<std::size_t>(n)], center_b, entry);
@@ -67,14 +82,15 @@ class MERGED_PRIMITIVES_T {
   void append_to(SHELL_PAIRS_T& data) const {
     for (const ENTRY_T& entry : entries_) {
       data.primitives.push_back(entry.primitive);
-      data.weights.insert(data.weights.end(), entry.weights.begin(), entry.weights.end());
+      data.weights.insert(data.weights.end(), entry.weights.begin(),
+                          entry.weights.begin() + static_cast<std::ptrdiff_t>(stride_));
     }
   }
 
  private:
   struct ENTRY_T {
     PRIMITIVE_PAIR_T primitive;
-    std::array<double, MOST_COMBINATIONS> weights = {};
+    std::array<double, MOST_CONTRACTIONS* MOST_CONTRACTIONS> weights = {};
   };
 
   /// The prefactor carries the largest weight, so that it tells the size of the primitive; the weights are relative to it.
@@ -95,28 +111,29 @@ class MERGED_PRIMITIVES_T {
     entry.primitive.prefactor = largest * std::exp(-x * y / p * r2) * constant / p;
   }
 
+  std::size_t stride_;
   std::vector<ENTRY_T> entries_;
 };
 
 class MERGER_T {
  public:
-  explicit MERGER_T(const SHELL_PAIRS_T& plain) : plain_(plain), blocks_(blocks_of(plain)) {}
+  MERGER_T(const SHELL_PAIRS_T& plain, std::vector<BLOCK_T> blocks, MERGING merging)
+      : plain_(plain), blocks_(std::move(blocks)), merging_(merging) {}
 
   SHELL_PAIRS_T run() {
-    const bool any = std::any_of(blocks_.begin(), blocks_.end(), [](const BLOCK_T& b) { return b.kind == SP_SHELL; });
-    const bool high =
-        std::any_of(plain_.shells.begin(), plain_.shells.end(), [](const SHELL_T& shell) { return shell.l > MERGED_LMAX; });
-    if (!any || high) return {};
     describe_blocks();
     for (const PAIR_LIST_T& list : plain_.lists)
       for (const SHELL_PAIR_T& pair : list.pairs) plain_pairs_[{pair.shell_i, pair.shell_j}] = &pair;
     for (int u = 0; u < static_cast<int>(blocks_.size()); ++u)
       for (int v = 0; v <= u; ++v) add_pair(u, v);
-    merged_.weights.resize(merged_.weights.size() + MOST_COMBINATIONS);  // kernels read two primitives at once
+    // Kernels read the weights of a vector of primitives at once, in all lanes as many as the longest pair has.
+    const auto spare = static_cast<std::size_t>(plain_.max_primitives * MOST_CONTRACTIONS * MOST_CONTRACTIONS);
+    merged_.weights.resize(merged_.weights.size() + spare + kernels::MAX_LANES);
     for (std::size_t n = 0; n < pairs_.size(); ++n) {
-      if (first_[n] < 0) continue;
-      pairs_[n].primitives = merged_.primitives.data() + first_[n];
-      pairs_[n].weights = merged_.weights.data() + MOST_COMBINATIONS * first_[n];
+      if (starts_[n].primitive < 0) continue;
+      pairs_[n].primitives = merged_.primitives.data() + starts_[n].primitive;
+      pairs_[n].weights = merged_.weights.data() + starts_[n].weight;
+      if (pairs_[n].n_contractions > 1) pairs_[n].members = merged_.members.data() + starts_[n].member;
     }
     fill_lists(merged_, pairs_);
     return std::move(merged_);
@@ -133,7 +150,8 @@ class MERGER_T {
     }
     merged_.first.push_back(plain_.first.back());
     merged_.max_primitives = plain_.max_primitives;
-    merged_.max_l = MERGED_LMAX;
+    merged_.has_sp_shells = merging_ == MERGING::sp;
+    merged_.max_l = merging_ == MERGING::sp ? SP_LMAX : plain_.max_l;
   }
 
   void add_pair(int u, int v) {
@@ -142,23 +160,15 @@ class MERGER_T {
     const BLOCK_T& a = blocks_[static_cast<std::size_t>(u)];
     const BLOCK_T& b = blocks_[static_cast<std::size_t>(v)];
     SHELL_PAIR_T pair;
-    if (a.kind != SP_SHELL && b.kind != SP_SHELL) {
+    if (a.shells == 1 && b.shells == 1) {
       const auto found = plain_pairs_.find({a.first_shell, b.first_shell});
       if (found == plain_pairs_.end()) return;
       pair = *found->second;
-      first_.push_back(-1);
+      starts_.push_back({});
     } else {
-      pair.bound = plain_.schwarz.block(a.first_shell, b.first_shell, a.shells(), b.shells()).maxCoeff();
+      pair.bound = plain_.schwarz.block(a.first_shell, b.first_shell, a.shells, b.shells).maxCoeff();
       if (pair.bound == 0.0) return;  // far apart
-      const MERGED_PRIMITIVES_T primitives(plain_, a, b);
-      first_.push_back(static_cast<long>(merged_.primitives.size()));
-      primitives.append_to(merged_);
-      pair.n_primitives = primitives.count();
-      pair.first_i = plain_.first[static_cast<std::size_t>(a.first_shell)];
-      pair.first_j = plain_.first[static_cast<std::size_t>(b.first_shell)];
-      for (std::size_t k = 0; k < 3; ++k)
-        pair.separation[k] = plain_.centers[static_cast<std::size_t>(a.first_shell)][k] -
-                             plain_.centers[static_cast<std::size_t>(b.first_shell)][k];
+      describe_merged(pair, a, b);
       pair.symmetry = u == v ? 0.5 : 1.0;
     }
     pair.shell_i = u;
@@ -166,16 +176,55 @@ class MERGER_T {
     pairs_.push_back(pair);
   }
 
+  void describe_merged(SHELL_PAIR_T& pair, const BLOCK_T& a, const BLOCK_T& b) {
+    if (merging_ == MERGING::contractions) pair.n_contractions = a.shells * b.shells;
+    starts_.push_back({static_cast<long>(merged_.primitives.size()), static_cast<long>(merged_.weights.size()),
+                       static_cast<long>(merged_.members.size())});
+    const int stride = merging_ == MERGING::sp ? SP_COMBINATIONS : pair.n_contractions;
+    const MERGED_PRIMITIVES_T primitives(plain_, a, b, stride);
+    primitives.append_to(merged_);
+    pair.n_primitives = primitives.count();
+    pair.first_i = plain_.first[static_cast<std::size_t>(a.first_shell)];
+    pair.first_j = plain_.first[static_cast<std::size_t>(b.first_shell)];
+    for (std::size_t k = 0; k < 3; ++k)
+      pair.separation[k] = plain_.centers[static_cast<std::size_t>(a.first_shell)][k] -
+                           plain_.centers[static_cast<std::size_t>(b.first_shell)][k];
+    if (merging_ == MERGING::sp) return;
+    for (int i = 0; i < a.shells; ++i)
+      for (int j = 0; j < b.shells; ++j) {
+        merged_.members.push_back(pair);
+        merged_.members.back().n_contractions = 1;
+        merged_.members.back().first_i = plain_.first[static_cast<std::size_t>(a.first_shell + i)];
+        merged_.members.back().first_j = plain_.first[static_cast<std::size_t>(b.first_shell + j)];
+      }
+  }
+
+  /// Where the own primitives, weights and members of a merged pair begin; -1 where the plain pair's serve.
+  struct STARTS_T {
+    long primitive = -1, weight = -1, member = -1;
+  };
+
   const SHELL_PAIRS_T& plain_;
   std::vector<BLOCK_T> blocks_;
+  MERGING merging_;
   std::map<std::pair<int, int>, const SHELL_PAIR_T*> plain_pairs_;
   SHELL_PAIRS_T merged_;
   std::vector<SHELL_PAIR_T> pairs_;
-  std::vector<long> first_;  // of the pair's own primitives; -1 where the plain pair's serve
+  std::vector<STARTS_T> starts_;
 };
 
 }  // namespace
 
-SHELL_PAIRS_T merge_shells(const SHELL_PAIRS_T& plain) { return MERGER_T(plain).run(); }
+SHELL_PAIRS_T merge_shells(const SHELL_PAIRS_T& plain) {
+  int highest = 0;
+  for (const SHELL_T& shell : plain.shells) highest = std::max(highest, shell.l);
+  for (const auto& [merging, limit] :
+       {std::pair{MERGING::sp, SP_LMAX}, std::pair{MERGING::contractions, kernels::KERNEL_LMAX}}) {
+    if (highest > limit) continue;
+    if (auto blocks = blocks_of(plain.shells, merging); !blocks.empty())
+      return MERGER_T(plain, std::move(blocks), merging).run();
+  }
+  return {};
+}
 
 }  // namespace zentrix::INTEGRALS_2E

@@ -38,6 +38,9 @@ kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* 
 
 MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>& densities) {
   const int n = data.n_shells();
+  const auto functions = [&](int shell) {
+    return data.first[static_cast<std::size_t>(shell) + 1] - data.first[static_cast<std::size_t>(shell)];
+  };
   MATRIX maxima = MATRIX::Zero(n, n);
 #pragma omp parallel for schedule(dynamic, 8)
   for (int s = 0; s < n; ++s) {
@@ -46,11 +49,12 @@ MATRIX block_maxima(const SHELL_PAIRS_T& data, const std::vector<const MATRIX*>&
       const auto& norm_t = component_norms(data.shells[static_cast<std::size_t>(t)].l);
       double largest = 0.0;
       for (const MATRIX* density : densities)
-        for (std::size_t b = 0; b < norm_t.size(); ++b)
-          for (std::size_t a = 0; a < norm_s.size(); ++a)
-            largest = std::max(largest, std::abs((*density)(data.first[static_cast<std::size_t>(s)] + static_cast<int>(a),
-                                                            data.first[static_cast<std::size_t>(t)] + static_cast<int>(b))) /
-                                            (norm_s[a] * norm_t[b]));
+        for (int b = 0; b < functions(t); ++b)
+          for (int a = 0; a < functions(s); ++a)  // components repeat where contractions are merged
+            largest = std::max(largest, std::abs((*density)(data.first[static_cast<std::size_t>(s)] + a,
+                                                            data.first[static_cast<std::size_t>(t)] + b)) /
+                                            (norm_s[static_cast<std::size_t>(a) % norm_s.size()] *
+                                             norm_t[static_cast<std::size_t>(b) % norm_t.size()]));
       maxima(s, t) = maxima(t, s) = largest;
     }
   }

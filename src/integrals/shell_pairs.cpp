@@ -91,14 +91,15 @@ void fill_lists(SHELL_PAIRS_T& data, std::vector<SHELL_PAIR_T>& candidates) {
     largest_bound = std::max(largest_bound, pair.bound);
     largest_prefactor = std::max(largest_prefactor, std::abs(pair.primitives[0].prefactor));
   }
-  std::map<std::pair<int, int>, PAIR_LIST_T> lists;  // by rank and bucket
+  std::map<std::array<int, 3>, PAIR_LIST_T> lists;  // by rank, contractions and bucket
   for (SHELL_PAIR_T& pair : candidates) {
     if (pair.bound * largest_bound < PAIR_CUTOFF) continue;
     trim_primitives(pair, largest_prefactor);
     const int la = data.shells[pair.shell_i].l, lb = data.shells[pair.shell_j].l;
-    PAIR_LIST_T& list = lists[{kernels::pair_rank(la, lb), primitive_bucket(pair.n_primitives)}];
+    PAIR_LIST_T& list = lists[{kernels::pair_rank(la, lb), pair.n_contractions, primitive_bucket(pair.n_primitives)}];
     list.la = la;
     list.lb = lb;
+    list.n_contractions = pair.n_contractions;
     list.pairs.push_back(pair);
   }
   for (auto& [key, list] : lists) {

@@ -17,9 +17,10 @@ namespace zentrix::INTEGRALS_2E {
 using kernels::PRIMITIVE_PAIR_T;
 using kernels::SHELL_PAIR_T;
 
-/// Pairs of equal angular momenta and similar numbers of primitives, largest Schwarz bound first.
+/// Pairs of equal angular momenta, as many contractions and similar numbers of primitives, largest Schwarz bound first.
 struct PAIR_LIST_T {
   int la = 0, lb = 0;  ///< or SP_SHELL for a merged shell
+  int n_contractions = 1;
   std::vector<SHELL_PAIR_T> pairs;
 
   int na() const { return kernels::function_count(la); }
@@ -35,15 +36,17 @@ struct SHELL_PAIRS_T {
   /// list the bra never precedes the ket.
   std::vector<PAIR_LIST_T> lists;
   std::vector<PRIMITIVE_PAIR_T> primitives;
-  std::vector<double> second;                  ///< exponents of the second shells, in the order of the primitives
-  std::vector<double> weights;                 ///< of merged pairs, four for every primitive pair
-  std::vector<SHELL_T> shells;                 ///< a merged shell stands as its s shell with l = SP_SHELL
+  std::vector<double> second;         ///< exponents of the second shells, in the order of the primitives
+  std::vector<double> weights;        ///< of merged pairs, SHELL_PAIR_T::weights
+  std::vector<SHELL_PAIR_T> members;  ///< of pairs with several contractions
+  std::vector<SHELL_T> shells;        ///< a merged shell stands as its first one, an s and p shell with l = SP_SHELL
   std::vector<std::array<double, 3>> centers;  ///< of the shells, bohr
   std::vector<int> first;                      ///< first bare Cartesian component of every shell, and their number
   MATRIX schwarz;                              ///< Q of all shell pairs
   long block_doubles = 0;                      ///< size of an array of component blocks over all pairs
   int max_primitives = 1;                      ///< most primitives of a pair
   int max_l = 0;                               ///< highest angular momentum that the vector kernels meet
+  bool has_sp_shells = false;                  ///< the classes are those of kernels::merged_kinds
 
   int n_shells() const { return static_cast<int>(shells.size()); }
   int n_components() const { return first.back(); }
@@ -64,8 +67,9 @@ SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTE
 /// Sorts pairs with bounds into the lists of the data, leaving out what never matters.
 void fill_lists(SHELL_PAIRS_T& data, std::vector<SHELL_PAIR_T>& candidates);
 
-/// The same pairs with s and p shells of common exponents merged, for the kernels of merged classes. No lists when there is
-/// nothing to merge, or shells beyond d, for which there are no such kernels. Keeps pointers into `plain`.
+/// The same pairs with shells of common exponents merged: an s and a p shell as one of four functions, where nothing goes
+/// beyond d (there are no such kernels beyond); otherwise contractions of equal angular momentum. No lists when there is
+/// nothing to merge. Keeps pointers into `plain`.
 SHELL_PAIRS_T merge_shells(const SHELL_PAIRS_T& plain);
 
 /// Norm of every component relative to x^l: bare component times norm is a function of self-overlap 1.

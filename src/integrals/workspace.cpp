@@ -43,6 +43,21 @@ std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
   return (contracted + work + std::max(kets, back)) * static_cast<std::size_t>(lanes);
 }
 
+std::size_t scratch_doubles(const SHELL_PAIRS_T& data, int lanes) {
+  // Beyond that, the sums of all combinations and of those of the ket, and the weights of the ket primitives.
+  std::size_t most = 1, widest = 0;
+  for (const PAIR_LIST_T& list : data.lists) {
+    if (!list.vectorised() || list.la == kernels::SP_SHELL || list.lb == kernels::SP_SHELL) continue;
+    const auto n = static_cast<std::size_t>(list.n_contractions);
+    most = std::max(most, n);
+    widest = std::max(widest, n * components(list.la, list.la + list.lb));
+  }
+  if (most == 1) return scratch_doubles(data.max_l, data.max_primitives, lanes);
+  const std::size_t weights = most * static_cast<std::size_t>(data.max_primitives) + kernels::MAX_LANES;
+  return scratch_doubles(data.max_l, data.max_primitives, lanes) +
+         (2 * widest * widest + weights) * static_cast<std::size_t>(lanes);
+}
+
 std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n_densities) {
   // Transformed density products and contracted sums [e|f], the recursion's buffers with e and f one higher, densities of
   // the kets, ket primitives with their second exponents and Boys values.
@@ -58,6 +73,20 @@ std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n
 std::size_t row_doubles(int l, int lanes) {
   const auto n = static_cast<std::size_t>(n_cartesian(l));
   return n * n * (components(0, 2 * l) + 1) * static_cast<std::size_t>(lanes);
+}
+
+std::size_t row_doubles(const SHELL_PAIRS_T& data, int lanes) {
+  std::size_t most_rows = 1, longest = 1;
+  bool several = false;
+  for (const PAIR_LIST_T& list : data.lists) {
+    if (!list.vectorised() || list.la == kernels::SP_SHELL || list.lb == kernels::SP_SHELL) continue;
+    const auto n = static_cast<std::size_t>(list.n_contractions);
+    most_rows = std::max(most_rows, n * static_cast<std::size_t>(list.block_size()));
+    longest = std::max(longest, n * static_cast<std::size_t>(kernels::row_stride(list.la, list.lb)));
+    several = several || n > 1;
+  }
+  const std::size_t plain = row_doubles(data.max_l, lanes);
+  return several ? std::max(plain, most_rows * longest * static_cast<std::size_t>(lanes)) : plain;
 }
 
 }  // namespace zentrix::INTEGRALS_2E

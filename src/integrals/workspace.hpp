@@ -31,8 +31,11 @@ class ALIGNED_DOUBLES {
 
 /// Doubles of scratch that fronts and backs up to angular momentum l need.
 std::size_t scratch_doubles(int l, int max_primitives, int lanes);
+/// The same for pairs with several contractions, of which the kernels that make them need more.
+std::size_t scratch_doubles(const SHELL_PAIRS_T& data, int lanes);
 /// Doubles of the rows (ab|f] that a front leaves.
 std::size_t row_doubles(int l, int lanes);
+std::size_t row_doubles(const SHELL_PAIRS_T& data, int lanes);
 
 /// The same for the kernels of the exchange gradient with that many densities.
 std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n_densities);
@@ -44,6 +47,8 @@ struct QUARTET_WORK_T {
   std::vector<double> block;  ///< of the scalar kernel
   QUARTET_WORK_T(int l, int max_primitives, int lanes)
       : scratch(scratch_doubles(l, max_primitives, lanes)), rows(row_doubles(l, lanes)) {}
+  QUARTET_WORK_T(const SHELL_PAIRS_T& data, int lanes)
+      : scratch(scratch_doubles(data, lanes)), rows(row_doubles(data, lanes)) {}
 };
 
 }  // namespace zentrix::INTEGRALS_2E

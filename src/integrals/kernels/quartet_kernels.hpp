@@ -35,7 +35,8 @@ struct DIGEST_T {
   double* pair_coulomb = nullptr;
 };
 
-/// rows[(a nb + b) row_stride + f], vectors. `scratch` is aligned to 64 bytes.
+/// rows[(a nb + b) row_stride + f], vectors; one such set for each combination when a pair has several contractions.
+/// `scratch` is aligned to 64 bytes.
 using FRONT = void (*)(const BATCH_T& batch, const BOYS_SERVICE_T& boys, double* scratch, double* rows);
 /// Number of vectors between rows of a ket class.
 constexpr int row_stride(int lc, int ld) {

@@ -16,10 +16,13 @@ static_assert(sizeof(PRIMITIVE_PAIR_T) == 64);
 /// Two contracted shells (i, j), l_i >= l_j.
 struct SHELL_PAIR_T {
   const PRIMITIVE_PAIR_T* primitives = nullptr;  ///< largest |prefactor| first
-  /// Pairs with a merged shell: for every primitive pair four factors that the prefactor lacks, one for each combination of
-  /// the shells that were merged (unused ones 0).
+  /// Pairs with a merged shell: for every primitive pair the factors that the prefactor lacks, one for each combination of
+  /// the shells that were merged. Four of them with an s and p shell (unused ones 0), n_contractions of them in general.
   const double* weights = nullptr;
   const double* second = nullptr;  ///< exponent of shell j in every primitive pair (gradients), bohr^-2
+  /// Contractions of one angular momentum over the same primitives, merged: the pairs of all combinations, i first.
+  const SHELL_PAIR_T* members = nullptr;
+  int n_contractions = 1;
   int n_primitives = 0;
   int shell_i = 0, shell_j = 0;
   int first_i = 0, first_j = 0;  ///< first bare Cartesian component of either shell

@@ -2,6 +2,8 @@
 #include <omp.h>
 
 #include <array>
+#include <map>
+#include <string>
 
 #include "integrals/exchange_engine.hpp"
 #include "integrals/integrals_2e.hpp"
@@ -84,6 +86,19 @@ MOLECULE_T merged_molecule() {
   return samples::finish(std::move(m), false);
 }
 
+/// General contractions of every angular momentum that has kernels, six of one so that they do not fit into one block.
+MOLECULE_T generally_contracted_molecule() {
+  MOLECULE_T m;
+  m.atoms = {samples::atom(0.0, 0.1, -0.2), samples::atom(1.3, -0.7, 0.4)};
+  const std::vector<double> alpha = {7.9, 1.6, 0.5};
+  for (const double x : {0.9, 0.1, -0.5, 0.3, 0.7, -0.2}) m.shells.push_back(samples::shell(0, 0, alpha, {x, 0.4, x - 0.3}));
+  for (int l = 1; l <= kernels::KERNEL_LMAX; ++l)
+    for (const double x : {0.6, -0.4}) m.shells.push_back(samples::shell(l % 2, l, {2.3, 0.8}, {x, 0.5}));
+  m.shells.push_back(samples::shell(1, 0, {0.3}, {1.0}));
+  m.shells.push_back(samples::shell(1, 1, {0.4}, {1.0}));
+  return samples::finish(std::move(m), false);
+}
+
 /// A hydrocarbon-like zigzag chain with s, p and d shells: long enough for screening to matter.
 MOLECULE_T chain(int n_atoms) {
   MOLECULE_T m;
@@ -120,24 +135,26 @@ TEST(EXCHANGE, DIRECT_AND_STORED_BUILDS_AGREE_WITH_BRUTE_FORCE_IN_EVERY_INSTRUCT
   }
 }
 
-// Merged s and p shells against the same build shell by shell, in basis sets that mix them with plain ones in other ways.
+// Merged shells against the same build shell by shell, in basis sets that mix them with plain ones in other ways.
 TEST(EXCHANGE, MERGED_SHELLS_GIVE_THE_SAME_EXCHANGE) {
-  for (const char* basis : {"STO-3G", "3-21G", "6-31G*", "6-31+G*", "6-311G**"}) {
-    const MOLECULE_T m = TESTS::sample_molecule(TESTS::formaldehyde, basis);
+  std::map<std::string, MOLECULE_T> molecules = {{"general contractions", generally_contracted_molecule()}};
+  for (const char* basis : {"STO-3G", "3-21G", "6-31G*", "6-31+G*", "6-311G**", "cc-pVDZ"})
+    molecules[basis] = TESTS::sample_molecule(TESTS::formaldehyde, basis);
+  for (const auto& [name, m] : molecules) {
     const MATRIX p = samples::random_symmetric(m.n_cartesian, 3), q = samples::random_symmetric(m.n_cartesian, 4);
     for (kernels::ISA isa : samples::available_isas()) {
       const KERNEL_CHOICE_T kernels = choose_kernels(isa);
       const SHELL_PAIRS_T plain = make_shell_pairs(m, *kernels.table, kernels.lanes), merged = merge_shells(plain);
-      ASSERT_LT(merged.n_shells(), plain.n_shells()) << basis;
+      ASSERT_GT(merged.n_shells(), 0) << name;
+      ASSERT_LT(merged.n_shells(), plain.n_shells()) << name;
       const auto got = exchange_direct(merged, kernels, {&p, &q}, 1e-14),
                  want = exchange_direct(plain, kernels, {&p, &q}, 1e-14);
-      for (std::size_t spin : {0U, 1U})
-        expect_near(got[spin], want[spin], 1e-11, std::string(basis) + ' ' + kernels::isa_name(isa));
+      for (std::size_t spin : {0U, 1U}) expect_near(got[spin], want[spin], 1e-11, name + ' ' + kernels::isa_name(isa));
     }
   }
 }
 
-// An s and a p shell are one only when they follow each other on one atom with the same exponents.
+// Shells are merged only when they follow each other on one atom with the same exponents.
 TEST(EXCHANGE, ONLY_SHELLS_OF_ONE_ATOM_AND_EQUAL_EXPONENTS_ARE_MERGED) {
   const auto merged_shells = [](std::vector<SHELL_T> shells) {
     MOLECULE_T m;
@@ -151,7 +168,11 @@ TEST(EXCHANGE, ONLY_SHELLS_OF_ONE_ATOM_AND_EQUAL_EXPONENTS_ARE_MERGED) {
   EXPECT_EQ(merged_shells({p, s}), 0);
   EXPECT_EQ(merged_shells({s, samples::shell(1, 1, {2.0, 0.3}, {0.2, 0.9})}), 0);
   EXPECT_EQ(merged_shells({s, samples::shell(0, 1, {2.0, 0.31}, {0.2, 0.9})}), 0);
-  EXPECT_EQ(merged_shells({s, p, samples::shell(0, 3, {1.0}, {1.0})}), 0) << "no kernels of f and merged shells";
+  const SHELL_T f = samples::shell(0, 3, {1.0}, {1.0});
+  EXPECT_EQ(merged_shells({s, p, f}), 0) << "no kernels of f and merged s and p shells";
+  EXPECT_EQ(merged_shells({s, s, s, p, p, f}), 3) << "contractions of one angular momentum";
+  EXPECT_EQ(merged_shells({s, s, s, s, s}), 2) << "four at most";
+  EXPECT_EQ(merged_shells({f, f}), 0) << "nothing to gain from one primitive";
 }
 
 TEST(EXCHANGE, H_SHELLS_GO_THROUGH_THE_SCALAR_KERNEL_WITH_THE_SAME_RESULT) {
