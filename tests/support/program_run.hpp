@@ -75,6 +75,7 @@ inline void expect_in_order(const std::string& report, const std::vector<std::st
 /// A run that ends with `status` and has the texts in its report.
 inline PROGRAM_RUN_T expect_report(const std::string& input, const std::vector<std::string>& texts, int status = 0,
                                    const std::string& command = "PROGRAM run.inp") {
+  SCOPED_TRACE(command + "\n" + input.substr(0, 500));
   const PROGRAM_RUN_T run = run_program_in_folder(input, command);
   EXPECT_EQ(run.status, status) << run.report;
   expect_in_order(run.report, texts);
@@ -83,6 +84,7 @@ inline PROGRAM_RUN_T expect_report(const std::string& input, const std::vector<s
 
 /// A run that ends with these very lines and status 1, after which neither end lines nor files follow.
 inline void expect_stop(const std::string& input, const std::string& last_lines) {
+  SCOPED_TRACE(input);
   const PROGRAM_RUN_T run = run_program_in_folder(input);
   EXPECT_EQ(run.status, 1) << run.report;
   EXPECT_TRUE(run.ends_with(last_lines)) << "expected at the end:\n" << last_lines << "\nin\n" << run.report;
