@@ -33,6 +33,7 @@ CASES = {
     "caffeine/B3LYP/6-31G*": (CAFFEINE, "B3LYP", "6-31G*", False),
     "caffeine/PBE/6-31G*": (CAFFEINE, "PBE", "6-31G*", False),
     "caffeine/HF/cc-pVTZ": (CAFFEINE, "HF", "cc-pVTZ", True),
+    "caffeine/B3LYP/cc-pVTZ": (CAFFEINE, "B3LYP", "cc-pVTZ", True),
 }
 
 

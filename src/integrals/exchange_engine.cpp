@@ -29,7 +29,7 @@ const SHELL_PAIR_T& member(const SHELL_PAIR_T& pair, int combination) {
 /// Buffers of one thread.
 struct THREAD_T {
   QUARTET_WORK_T work;
-  ALIGNED_DOUBLES density_panels, exchange_panels;  ///< one after the other for all densities and contractions of the bra
+  ALIGNED_DOUBLES density_panels, exchange_panels;  ///< for every combination of the bra's contractions all densities
   std::vector<double> weight;                       ///< largest density element between a shell and the bra's shells
   std::vector<const SHELL_PAIR_T*> kets;
   std::vector<double> block;
@@ -81,11 +81,12 @@ class DIRECT_BUILD {
     }
     if (!panels_filled) return;
     const Eigen::Index size = data_.n_components();
-    double* target = targets.data();
     const double* panel = thread.exchange_panels.data();
-    for (std::size_t n = 0; n < densities_.size(); ++n, target += size * size)
-      for (int i = 0; i < bra.n_contractions; ++i, panel += panel_)
+    for (int i = 0; i < bra.n_contractions; ++i) {
+      double* target = targets.data();
+      for (std::size_t n = 0; n < densities_.size(); ++n, target += size * size, panel += panel_)
         add_panel(panel, member(bra, i), list.na(), list.nb(), {target, size, size});
+    }
   }
 
  private:
@@ -103,29 +104,37 @@ class DIRECT_BUILD {
 
   void fill_panels(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list) const {
     double* panel = thread.density_panels.data();
-    for (const MATRIX* density : densities_)
-      for (int i = 0; i < bra.n_contractions; ++i, panel += panel_)
+    for (int i = 0; i < bra.n_contractions; ++i)
+      for (const MATRIX* density : densities_) {
         fill_panel(*density, member(bra, i), list.na(), list.nb(), panel);
+        panel += panel_;
+      }
     std::fill_n(thread.exchange_panels.data(), panel - thread.density_panels.data(), 0.0);
   }
 
   void digest_vectors(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, const PAIR_LIST_T& kets) const {
     const auto [front, digest] = kernels_of(list, kets);
-    const std::size_t rows =
-        static_cast<std::size_t>(list.block_size() * kernels::row_stride(kets.la, kets.lb) * kernels_.lanes);
+    const std::ptrdiff_t one_set = list.block_size() * kernels::row_stride(kets.la, kets.lb) * kernels_.lanes;
+    kernels::DIGEST_T target;
+    target.na = list.na();
+    target.nb = list.nb();
     const int n_kets = static_cast<int>(thread.kets.size());
     for (int k = 0; k < n_kets; k += kernels_.lanes) {
       const int count = std::min(kernels_.lanes, n_kets - k);
       kernels::BATCH_T batch = make_batch(bra, thread.kets.data() + k, count, primitive_cutoff(thread, k, count));
       front(batch, boys_, thread.work.scratch.data(), thread.work.rows.data());
-      // Rows of all combinations, those of the bra first.
-      for (int c = 0; c < kets.n_contractions; ++c) {
-        for (int lane = 0; lane < kernels_.lanes; ++lane)
-          batch.kets[lane] = &member(*thread.kets[static_cast<std::size_t>(lane < count ? k + lane : k)], c);
-        for (int i = 0; i < bra.n_contractions; ++i)
-          digest_rows(thread, list, bra.n_contractions, i, digest, batch,
-                      thread.work.rows.data() + static_cast<std::size_t>(i * kets.n_contractions + c) * rows);
-      }
+      const double* rows = thread.work.rows.data();  // one set for every combination, those of the bra first
+      for (int i = 0; i < bra.n_contractions; ++i)
+        for (int c = 0; c < kets.n_contractions; ++c, rows += one_set) {
+          for (int lane = 0; lane < kernels_.lanes; ++lane)
+            batch.kets[lane] = &member(*thread.kets[static_cast<std::size_t>(lane < count ? k + lane : k)], c);
+          for (std::size_t n = 0; n < densities_.size(); ++n) {
+            const std::size_t panel = (static_cast<std::size_t>(i) * densities_.size() + n) * panel_;
+            target.dp = thread.density_panels.data() + panel;
+            target.kp = thread.exchange_panels.data() + panel;
+            digest(batch, target, thread.work.scratch.data(), rows);
+          }
+        }
     }
   }
 
@@ -139,20 +148,6 @@ class DIRECT_BUILD {
                           thread.weight[static_cast<std::size_t>(ket.shell_j)]});
     }
     return threshold_ * PRIMITIVE_SAFETY / largest;
-  }
-
-  /// One set of rows, with the panels of combination i of the bra.
-  void digest_rows(THREAD_T& thread, const PAIR_LIST_T& list, int n_bra, int i, kernels::DIGEST_ROWS digest,
-                   const kernels::BATCH_T& batch, const double* rows) const {
-    kernels::DIGEST_T target;
-    target.na = list.na();
-    target.nb = list.nb();
-    for (std::size_t n = 0; n < densities_.size(); ++n) {
-      const std::size_t panel = (n * static_cast<std::size_t>(n_bra) + static_cast<std::size_t>(i)) * panel_;
-      target.dp = thread.density_panels.data() + panel;
-      target.kp = thread.exchange_panels.data() + panel;
-      digest(batch, target, thread.work.scratch.data(), rows);
-    }
   }
 
   std::pair<kernels::FRONT, kernels::DIGEST_ROWS> kernels_of(const PAIR_LIST_T& bras, const PAIR_LIST_T& kets) const {
