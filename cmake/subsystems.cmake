@@ -54,12 +54,13 @@ function(zentrix_subsystem name)
   endif()
 endfunction()
 
-# zentrix_test(NAME SOURCES ... LINKS ...): a GoogleTest program; CTest knows each of its tests, labelled with NAME.
+# zentrix_test(NAME SOURCES ... LINKS ...): a GoogleTest program; CTest knows each of its tests, labelled with NAME, and runs
+# them with the data files of the source tree, whatever an installed program uses.
 function(zentrix_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(test_${name} ${ARG_SOURCES})
   target_link_libraries(test_${name} PRIVATE ${ARG_LINKS} zx_flags zx_test_support GTest::gtest GTest::gmock GTest::gtest_main)
   target_compile_options(test_${name} PRIVATE ${zx_test_options})
   gtest_discover_tests(test_${name} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}."
-                       PROPERTIES LABELS ${name})
+                       PROPERTIES LABELS ${name} ENVIRONMENT_MODIFICATION "ZENTRIX=unset:")
 endfunction()

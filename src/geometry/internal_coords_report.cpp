@@ -94,4 +94,8 @@ void print_constraint_matching(const std::vector<CONSTRAINT_MATCH_T>& matches, c
   if (added > 0) fmt::print(report, "     ({} new coordinate(s) added by extension)\n", added);
 }
 
+void print_remade(std::ostream& report) {
+  fmt::print(report, "   An angle became linear or ceased to be, or a centre planar: internal coordinates made anew.\n");
+}
+
 }  // namespace zentrix::INTERNAL_COORDS

@@ -14,4 +14,7 @@ void print_summary(const COORDINATE_SET_T& set, std::ostream& report);
 void print_constraint_matching(const std::vector<CONSTRAINT_MATCH_T>& matches, const COORDINATE_SET_T& set,
                                std::ostream& report);
 
+/// The line that tells of a change of coordinates on the way.
+void print_remade(std::ostream& report);
+
 }  // namespace zentrix::INTERNAL_COORDS

@@ -86,9 +86,7 @@ void OPTIMIZER_PRINTER_T::step_rejected(int step, double rise) {
              rise);
 }
 
-void OPTIMIZER_PRINTER_T::coordinates_remade() {
-  fmt::print(report_, "   An angle became linear or ceased to be, or a centre planar: internal coordinates made anew.\n");
-}
+void OPTIMIZER_PRINTER_T::coordinates_remade() { INTERNAL_COORDS::print_remade(report_); }
 
 void OPTIMIZER_PRINTER_T::scf_failed(int step) { fmt::print(report_, "   *** SCF did not converge at step {}\n", step); }
 

@@ -60,9 +60,7 @@ void SADDLE_PRINTER_T::evaluated(const STEP_ROW_T& row, const FOLLOWED_MODE_T& f
              followed.eigenvalue, followed.overlap);
 }
 
-void SADDLE_PRINTER_T::coordinates_remade() {
-  fmt::print(report_, "   An angle became linear or ceased to be, or a centre planar: internal coordinates made anew.\n");
-}
+void SADDLE_PRINTER_T::coordinates_remade() { INTERNAL_COORDS::print_remade(report_); }
 
 void SADDLE_PRINTER_T::turned() {
   fmt::print(report_, "   The way up became steeper: back to the start and up the other way.\n");
