@@ -15,12 +15,6 @@ namespace {
 /// Primitive quartets whose product of prefactors lies this far below the threshold are left out.
 constexpr double PRIMITIVE_SAFETY = 1e-3;
 
-std::size_t most_contractions(const SHELL_PAIRS_T& data) {
-  int most = 1;
-  for (const PAIR_LIST_T& list : data.lists) most = std::max(most, list.n_contractions);
-  return static_cast<std::size_t>(most);
-}
-
 /// The pair itself, or that of one combination of its contractions.
 const SHELL_PAIR_T& member(const SHELL_PAIR_T& pair, int combination) {
   return pair.n_contractions > 1 ? pair.members[combination] : pair;
@@ -32,12 +26,11 @@ struct THREAD_T {
   ALIGNED_DOUBLES density_panels, exchange_panels;  ///< for every combination of the bra's contractions all densities
   std::vector<double> weight;                       ///< largest density element between a shell and the bra's shells
   std::vector<const SHELL_PAIR_T*> kets;
-  std::vector<double> block;
 
-  THREAD_T(const SHELL_PAIRS_T& data, int lanes, std::size_t n_densities)
+  THREAD_T(const SHELL_PAIRS_T& data, int lanes, std::size_t n_panels)
       : work(data, lanes),
-        density_panels(n_densities * most_contractions(data) * panel_doubles(data)),
-        exchange_panels(n_densities * most_contractions(data) * panel_doubles(data)),
+        density_panels(n_panels * panel_doubles(data)),
+        exchange_panels(n_panels * panel_doubles(data)),
         weight(static_cast<std::size_t>(data.n_shells())) {
     std::size_t longest = 0;
     for (const PAIR_LIST_T& list : data.lists) longest = std::max(longest, list.pairs.size());
@@ -115,9 +108,6 @@ class DIRECT_BUILD {
   void digest_vectors(THREAD_T& thread, const SHELL_PAIR_T& bra, const PAIR_LIST_T& list, const PAIR_LIST_T& kets) const {
     const auto [front, digest] = kernels_of(list, kets);
     const std::ptrdiff_t one_set = list.block_size() * kernels::row_stride(kets.la, kets.lb) * kernels_.lanes;
-    kernels::DIGEST_T target;
-    target.na = list.na();
-    target.nb = list.nb();
     const int n_kets = static_cast<int>(thread.kets.size());
     for (int k = 0; k < n_kets; k += kernels_.lanes) {
       const int count = std::min(kernels_.lanes, n_kets - k);
@@ -128,14 +118,22 @@ class DIRECT_BUILD {
         for (int c = 0; c < kets.n_contractions; ++c, rows += one_set) {
           for (int lane = 0; lane < kernels_.lanes; ++lane)
             batch.kets[lane] = &member(*thread.kets[static_cast<std::size_t>(lane < count ? k + lane : k)], c);
-          for (std::size_t n = 0; n < densities_.size(); ++n) {
-            const std::size_t panel = (static_cast<std::size_t>(i) * densities_.size() + n) * panel_;
-            target.dp = thread.density_panels.data() + panel;
-            target.kp = thread.exchange_panels.data() + panel;
-            digest(batch, target, thread.work.scratch.data(), rows);
-          }
+          digest_combination(thread, list, i, digest, batch, rows);
         }
     }
+  }
+
+  /// The rows of combination i of the bra, with the panels of all densities.
+  void digest_combination(THREAD_T& thread, const PAIR_LIST_T& list, int i, kernels::DIGEST_ROWS digest,
+                          const kernels::BATCH_T& batch, const double* rows) const {
+    kernels::DIGEST_T target;
+    target.na = list.na();
+    target.nb = list.nb();
+    const std::size_t first = static_cast<std::size_t>(i) * densities_.size() * panel_;
+    target.dp = thread.density_panels.data() + first;
+    target.kp = thread.exchange_panels.data() + first;
+    for (std::size_t n = 0; n < densities_.size(); ++n, target.dp += panel_, target.kp += panel_)
+      digest(batch, target, thread.work.scratch.data(), rows);
   }
 
   /// Smallest product of prefactors that matters to `count` kets from the k-th on: with the densities that they will meet,
@@ -162,9 +160,9 @@ class DIRECT_BUILD {
 
   void digest_scalars(THREAD_T& thread, const SHELL_PAIR_T& bra) const {
     for (const SHELL_PAIR_T* ket : thread.kets) {
-      scalar_block(data_, bra, *ket, thread.block);
+      scalar_block(data_, bra, *ket, thread.work.block);
       for (std::size_t n = 0; n < densities_.size(); ++n)
-        digest_scalar_exchange(data_, bra, *ket, thread.block.data(), thread.density_panels.data() + n * panel_,
+        digest_scalar_exchange(data_, bra, *ket, thread.work.block.data(), thread.density_panels.data() + n * panel_,
                                thread.exchange_panels.data() + n * panel_);
     }
   }
@@ -192,9 +190,10 @@ std::vector<MATRIX> exchange_direct(const SHELL_PAIRS_T& data, const KERNEL_CHOI
   const DIRECT_BUILD build(data, kernels, densities, threshold);
   const std::vector<BRA_T> order = bra_order(data);
   const int threads = omp_get_max_threads();
+  const std::size_t n_panels = n_densities * static_cast<std::size_t>(data.most_contractions());
   std::vector<THREAD_T> thread_data;
   thread_data.reserve(static_cast<std::size_t>(threads));
-  for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_densities);
+  for (int t = 0; t < threads; ++t) thread_data.emplace_back(data, kernels.lanes, n_panels);
   const VECTOR halves = sum_in_order(
       order.size(), static_cast<Eigen::Index>(n_densities) * n * n,
       [&](std::size_t thread, std::size_t b, VECTOR& targets) { build.bra(thread_data[thread], order[b], targets); });

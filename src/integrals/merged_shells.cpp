@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <numbers>
 #include <utility>
 
 #include "integrals/shell_pairs.hpp"
@@ -69,8 +68,9 @@ class MERGED_PRIMITIVES_T {
           for (int j = 0; j < b.shells; ++j)
             entry.weights[static_cast<std::size_t>(i * b.shells + j)] =
                 shell(a, i).coeff[static_cast<std::size_t>(m)] * shell(b, j).coeff[static_cast<std::size_t>(n)];
-        set_primitive(shell(a, 0).alpha[static_cast<std::size_t>(m)], center_a,
-                      shell(b, 0).alpha[static_cast<std::size_t>(n)], center_b, entry);
+        const double largest = take_largest(entry);
+        entry.primitive = primitive_pair(shell(a, 0).alpha[static_cast<std::size_t>(m)], center_a,
+                                         shell(b, 0).alpha[static_cast<std::size_t>(n)], center_b, largest);
         entries_.push_back(entry);
       }
     std::sort(entries_.begin(), entries_.end(), [](const ENTRY_T& x, const ENTRY_T& y) {
@@ -93,22 +93,12 @@ class MERGED_PRIMITIVES_T {
     std::array<double, MOST_CONTRACTIONS* MOST_CONTRACTIONS> weights = {};
   };
 
-  /// The prefactor carries the largest weight, so that it tells the size of the primitive; the weights are relative to it.
-  static void set_primitive(double x, const std::array<double, 3>& a, double y, const std::array<double, 3>& b,
-                            ENTRY_T& entry) {
-    const double constant = std::sqrt(2.0) * std::pow(std::numbers::pi, 1.25);
-    const double p = x + y;
-    double r2 = 0.0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      r2 += (a[i] - b[i]) * (a[i] - b[i]);
-      entry.primitive.from_first[i] = y / p * (b[i] - a[i]);
-      entry.primitive.center[i] = a[i] + entry.primitive.from_first[i];
-    }
+  /// Makes the weights relative to the largest of them, which the prefactor carries so that it tells the size.
+  static double take_largest(ENTRY_T& entry) {
     double largest = 0.0;
     for (const double w : entry.weights) largest = std::max(largest, std::abs(w));
     for (double& w : entry.weights) w = largest > 0.0 ? w / largest : 0.0;
-    entry.primitive.exponent = p;
-    entry.primitive.prefactor = largest * std::exp(-x * y / p * r2) * constant / p;
+    return largest;
   }
 
   std::size_t stride_;

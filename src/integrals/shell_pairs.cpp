@@ -126,24 +126,27 @@ const std::vector<double>& component_norms(int l) {
   return all[static_cast<std::size_t>(l)];
 }
 
+PRIMITIVE_PAIR_T primitive_pair(double x, const std::array<double, 3>& a, double y, const std::array<double, 3>& b,
+                                double coefficient) {
+  static const double constant = std::sqrt(2.0) * std::pow(std::numbers::pi, 1.25);
+  PRIMITIVE_PAIR_T pair;
+  const double p = pair.exponent = x + y;
+  for (std::size_t i = 0; i < 3; ++i) {
+    pair.from_first[i] = y / p * (b[i] - a[i]);
+    pair.center[i] = a[i] + pair.from_first[i];
+  }
+  pair.prefactor = coefficient * std::exp(-x * y / p * distance_squared(a, b)) * constant / p;
+  return pair;
+}
+
 PRIMITIVE_PAIRS_T primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
                                   const std::array<double, 3>& center_b) {
-  const double r2 = distance_squared(center_a, center_b);
-  const double constant = std::sqrt(2.0) * std::pow(std::numbers::pi, 1.25);
   std::vector<PRIMITIVE_PAIR_T> list;
   std::vector<double> second;
   for (int m = 0; m < a.nprim; ++m)
     for (int n = 0; n < b.nprim; ++n) {
-      const double x = a.alpha[m], y = b.alpha[n], p = x + y;
-      PRIMITIVE_PAIR_T pair;
-      pair.exponent = p;
-      for (int i = 0; i < 3; ++i) {
-        pair.from_first[i] = y / p * (center_b[i] - center_a[i]);
-        pair.center[i] = center_a[i] + pair.from_first[i];
-      }
-      pair.prefactor = a.coeff[m] * b.coeff[n] * std::exp(-x * y / p * r2) * constant / p;
-      list.push_back(pair);
-      second.push_back(y);
+      list.push_back(primitive_pair(a.alpha[m], center_a, b.alpha[n], center_b, a.coeff[m] * b.coeff[n]));
+      second.push_back(b.alpha[n]);
     }
   std::vector<std::size_t> order(list.size());
   std::iota(order.begin(), order.end(), std::size_t{0});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -50,7 +51,17 @@ struct SHELL_PAIRS_T {
 
   int n_shells() const { return static_cast<int>(shells.size()); }
   int n_components() const { return first.back(); }
+  /// Most combinations of contractions that a pair has.
+  int most_contractions() const {
+    int most = 1;
+    for (const PAIR_LIST_T& list : lists) most = std::max(most, list.n_contractions);
+    return most;
+  }
 };
+
+/// Primitives of exponents x at a and y at b (bohr^-2, bohr) with the product of their coefficients.
+PRIMITIVE_PAIR_T primitive_pair(double x, const std::array<double, 3>& a, double y, const std::array<double, 3>& b,
+                                double coefficient);
 
 /// Primitive pairs of two shells, largest |prefactor| first, and the exponents of the second shell in them.
 struct PRIMITIVE_PAIRS_T {

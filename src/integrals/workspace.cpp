@@ -44,18 +44,14 @@ std::size_t scratch_doubles(int l, int max_primitives, int lanes) {
 }
 
 std::size_t scratch_doubles(const SHELL_PAIRS_T& data, int lanes) {
+  const std::size_t plain = scratch_doubles(data.max_l, data.max_primitives, lanes);
+  if (data.most_contractions() == 1) return plain;
   // Beyond that, the sums of all combinations and of those of the ket, and the weights of the ket primitives.
-  std::size_t most = 1, widest = 0;
-  for (const PAIR_LIST_T& list : data.lists) {
-    if (!list.vectorised() || list.la == kernels::SP_SHELL || list.lb == kernels::SP_SHELL) continue;
-    const auto n = static_cast<std::size_t>(list.n_contractions);
-    most = std::max(most, n);
-    widest = std::max(widest, n * components(list.la, list.la + list.lb));
-  }
-  if (most == 1) return scratch_doubles(data.max_l, data.max_primitives, lanes);
-  const std::size_t weights = most * static_cast<std::size_t>(data.max_primitives) + kernels::MAX_LANES;
-  return scratch_doubles(data.max_l, data.max_primitives, lanes) +
-         (2 * widest * widest + weights) * static_cast<std::size_t>(lanes);
+  std::size_t widest = 0;
+  for (const PAIR_LIST_T& list : data.lists)
+    widest = std::max(widest, static_cast<std::size_t>(list.n_contractions) * components(list.la, list.la + list.lb));
+  const auto weights = static_cast<std::size_t>(data.most_contractions() * data.max_primitives + kernels::MAX_LANES);
+  return plain + (2 * widest * widest + weights) * static_cast<std::size_t>(lanes);
 }
 
 std::size_t gradient_scratch_doubles(int l, int max_primitives, int lanes, int n_densities) {
@@ -76,17 +72,14 @@ std::size_t row_doubles(int l, int lanes) {
 }
 
 std::size_t row_doubles(const SHELL_PAIRS_T& data, int lanes) {
-  std::size_t most_rows = 1, longest = 1;
-  bool several = false;
-  for (const PAIR_LIST_T& list : data.lists) {
-    if (!list.vectorised() || list.la == kernels::SP_SHELL || list.lb == kernels::SP_SHELL) continue;
-    const auto n = static_cast<std::size_t>(list.n_contractions);
-    most_rows = std::max(most_rows, n * static_cast<std::size_t>(list.block_size()));
-    longest = std::max(longest, n * static_cast<std::size_t>(kernels::row_stride(list.la, list.lb)));
-    several = several || n > 1;
-  }
   const std::size_t plain = row_doubles(data.max_l, lanes);
-  return several ? std::max(plain, most_rows * longest * static_cast<std::size_t>(lanes)) : plain;
+  if (data.most_contractions() == 1) return plain;
+  int most_rows = 0, longest = 0;
+  for (const PAIR_LIST_T& list : data.lists) {
+    most_rows = std::max(most_rows, list.n_contractions * list.block_size());
+    longest = std::max(longest, list.n_contractions * kernels::row_stride(list.la, list.lb));
+  }
+  return std::max(plain, static_cast<std::size_t>(most_rows) * static_cast<std::size_t>(longest * lanes));
 }
 
 }  // namespace zentrix::INTEGRALS_2E

@@ -31,9 +31,9 @@ class ALIGNED_DOUBLES {
 
 /// Doubles of scratch that fronts and backs up to angular momentum l need.
 std::size_t scratch_doubles(int l, int max_primitives, int lanes);
-/// The same for pairs with several contractions, of which the kernels that make them need more.
+/// The same for all pairs of a molecule; those with several contractions need more.
 std::size_t scratch_doubles(const SHELL_PAIRS_T& data, int lanes);
-/// Doubles of the rows (ab|f] that a front leaves.
+/// Doubles of the rows (ab|f] that a front leaves, up to angular momentum l and for all pairs of a molecule.
 std::size_t row_doubles(int l, int lanes);
 std::size_t row_doubles(const SHELL_PAIRS_T& data, int lanes);
 
