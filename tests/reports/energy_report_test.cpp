@@ -44,10 +44,13 @@ TEST(EnergyReport, WalksTheSectionsOfAnEnergyRun) {
 
 TEST(EnergyReport, StoredAndDirectRunsAgree) {
   expect_report("%basis cc-pVDZ\n%spherical\n" + water_block, {"   Spherical basis: 24 functions (Cartesian: 25)\n"});
-  const PROGRAM_RUN_T stored = expect_report("%basis cc-pVTZ\n" + water_block, {"     ERI precompute: "});
+  const PROGRAM_RUN_T stored =
+      expect_report("%basis cc-pVTZ\n" + water_block,
+                    {"   Conventional SCF: ", " shell quartets, ", " MB\n     ERI precompute: 2 OpenMP threads\n"}, 0,
+                    "OMP_NUM_THREADS=2 PROGRAM run.inp");
   const PROGRAM_RUN_T direct = expect_report("%eri_memory_limit_mb 1\n%basis cc-pVTZ\n" + water_block,
-                                             {"   Conventional SCF would need ",
-                                              "   (above the current ERI memory limit of 1 MB).\n"
+                                             {"   Conventional SCF would need ", " shell quartets / ",
+                                              " MB\n   (above the current ERI memory limit of 1 MB).\n"
                                               "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n"
                                               "   Raise %eri_memory_limit_mb to force conventional storage.\n",
                                               "     JK direct: "});

@@ -5,7 +5,6 @@
 
 #include "integrals/eri_store.hpp"
 #include "integrals/integrals_2e.hpp"
-#include "support/printed.hpp"
 #include "two_electron_samples.hpp"
 
 using namespace zentrix;
@@ -70,22 +69,4 @@ TEST(ERI_STORE, DESCRIPTORS_FIND_EVERY_INTEGRAL) {
       }
     EXPECT_EQ(static_cast<std::int64_t>(used.size()), store.integrals());
   }
-}
-
-TEST(ERI_STORE, REPORT_SAYS_WHICH_MODE_AND_WHY) {
-  JK_MODE_T mode;
-  mode.conventional = true;
-  mode.quartets = 1234;
-  mode.integrals = 5 * 1024 * 128;
-  mode.limit_mb = 5;
-  mode.threads = 2;
-  EXPECT_EQ(TESTS::printed(print_mode, mode),
-            "   Conventional SCF: 1234 shell quartets, 5.0 MB\n     ERI precompute: 2 OpenMP threads\n");
-  mode.conventional = false;
-  mode.limit_mb = 4;
-  EXPECT_EQ(TESTS::printed(print_mode, mode),
-            "   Conventional SCF would need 1234 shell quartets / 5.0 MB\n"
-            "   (above the current ERI memory limit of 4 MB).\n"
-            "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n"
-            "   Raise %eri_memory_limit_mb to force conventional storage.\n");
 }
