@@ -179,6 +179,9 @@ class MERGER_T {
     for (std::size_t k = 0; k < 3; ++k)
       pair.separation[k] = plain_.centers[static_cast<std::size_t>(a.first_shell)][k] -
                            plain_.centers[static_cast<std::size_t>(b.first_shell)][k];
+    pair.primitives = merged_.primitives.data() + starts_.back().primitive;
+    pair.growth = growth(kernels::highest_l(a.kind), kernels::highest_l(b.kind), pair);
+    pair.primitives = nullptr;  // of arrays that still grow
     if (merging_ == MERGING::sp) return;
     for (int i = 0; i < a.shells; ++i)
       for (int j = 0; j < b.shells; ++j) {

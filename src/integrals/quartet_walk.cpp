@@ -27,12 +27,14 @@ kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* 
   kernels::BATCH_T batch;
   batch.bra = &bra;
   batch.count = count;
-  batch.primitive_cutoff = primitive_cutoff;
+  double growth = 1.0;
   for (int lane = 0; lane < kernels::MAX_LANES; ++lane) {
     const SHELL_PAIR_T* ket = kets[lane < count ? lane : 0];
+    growth = std::max(growth, ket->growth);
     batch.kets[lane] = ket;
     batch.scale[lane] = lane < count ? bra.symmetry * ket->symmetry * (ket == &bra ? 0.5 : 1.0) : 0.0;
   }
+  batch.primitive_cutoff = primitive_cutoff / (bra.growth * growth);
   return batch;
 }
 

@@ -29,7 +29,7 @@ inline int ket_limit(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list) 
 int surviving_kets(const SHELL_PAIRS_T& data, const BRA_T& bra, int ket_list, double threshold);
 
 /// Up to `lanes` kets from `kets` with the symmetry factors of their quartets; unused lanes repeat the first ket with factor
-/// 0.
+/// 0. `primitive_cutoff`: of s functions, lowered for what the functions of the batch can grow to.
 kernels::BATCH_T make_batch(const SHELL_PAIR_T& bra, const SHELL_PAIR_T* const* kets, int count, double primitive_cutoff);
 
 /// Largest |D_ab| of every shell block over all densities, for components of self-overlap 1; nshell x nshell.

@@ -72,24 +72,25 @@ std::vector<SHELL_PAIR_T> candidate_pairs(SHELL_PAIRS_T& data) {
   for (std::size_t n = 0; n < candidates.size(); ++n) {
     candidates[n].primitives = data.primitives.data() + first_primitive[n];
     candidates[n].second = data.second.data() + first_primitive[n];
+    candidates[n].growth = growth(data.shells[candidates[n].shell_i].l, data.shells[candidates[n].shell_j].l, candidates[n]);
   }
   return candidates;
 }
 
 /// Takes off the primitive pairs at the end of the list that never matter.
-void trim_primitives(SHELL_PAIR_T& pair, double largest_prefactor) {
+void trim_primitives(SHELL_PAIR_T& pair, double largest) {
   while (pair.n_primitives > 1 &&
-         std::abs(pair.primitives[pair.n_primitives - 1].prefactor) * largest_prefactor < PRIMITIVE_PAIR_CUTOFF)
+         std::abs(pair.primitives[pair.n_primitives - 1].prefactor) * pair.growth * largest < PRIMITIVE_PAIR_CUTOFF)
     --pair.n_primitives;
 }
 
 }  // namespace
 
 void fill_lists(SHELL_PAIRS_T& data, std::vector<SHELL_PAIR_T>& candidates) {
-  double largest_bound = 0.0, largest_prefactor = 0.0;
+  double largest_bound = 0.0, largest_prefactor = 0.0;  // the latter with growth
   for (const SHELL_PAIR_T& pair : candidates) {
     largest_bound = std::max(largest_bound, pair.bound);
-    largest_prefactor = std::max(largest_prefactor, std::abs(pair.primitives[0].prefactor));
+    largest_prefactor = std::max(largest_prefactor, std::abs(pair.primitives[0].prefactor) * pair.growth);
   }
   std::map<std::array<int, 3>, PAIR_LIST_T> lists;  // by rank, contractions and bucket
   for (SHELL_PAIR_T& pair : candidates) {
@@ -124,6 +125,28 @@ const std::vector<double>& component_norms(int l) {
     return norms;
   }();
   return all[static_cast<std::size_t>(l)];
+}
+
+double growth(int la, int lb, const SHELL_PAIR_T& pair) {
+  constexpr double covered = 10.0;
+  const int l = la + lb;
+  if (l == 0) return 1.0;
+  // mean |x|^l = Gamma((l+1)/2) / sqrt(pi) / p^(l/2)
+  const double width = std::pow(std::tgamma(0.5 * (l + 1)) * std::numbers::inv_sqrtpi, 1.0 / l);
+  double largest = 0.0;
+  for (int n = 0; n < pair.n_primitives; ++n) {
+    const PRIMITIVE_PAIR_T& primitive = pair.primitives[n];
+    double pa = 0.0, pb = 0.0;
+    for (int i = 0; i < 3; ++i) {
+      pa += primitive.from_first[i] * primitive.from_first[i];
+      const double from_second = primitive.from_first[i] + pair.separation[i];
+      pb += from_second * from_second;
+    }
+    const double s = width / std::sqrt(primitive.exponent);
+    const double here = std::pow(s + std::sqrt(pa), la) * std::pow(s + std::sqrt(pb), lb);
+    if (std::abs(primitive.prefactor) * here > PRIMITIVE_PAIR_CUTOFF) largest = std::max(largest, here);
+  }
+  return std::max(1.0, largest / covered);
 }
 
 PRIMITIVE_PAIR_T primitive_pair(double x, const std::array<double, 3>& a, double y, const std::array<double, 3>& b,

@@ -71,6 +71,12 @@ struct PRIMITIVE_PAIRS_T {
 PRIMITIVE_PAIRS_T primitive_pairs(const SHELL_T& a, const std::array<double, 3>& center_a, const SHELL_T& b,
                                   const std::array<double, 3>& center_b);
 
+/// How much larger the integrals of a pair can be than those of s functions with the same prefactors. The factor that the
+/// bare product x_A^la x_B^lb adds to the charge of a primitive is at most (s + |PA|)^la (s + |PB|)^lb, with s^l the mean of
+/// |x|^l over exp(-p x^2) and l = la + lb (the inequalities of Hoelder and Minkowski): far more than 1 for diffuse functions
+/// of high angular momentum. 1 up to the factor that the safety of the cut-offs covers.
+double growth(int la, int lb, const SHELL_PAIR_T& pair);
+
 /// Pairs, bounds and lists. Stops the run when a shell is not sound. Pairs are dropped when even their product with the
 /// largest bound is below any threshold in use.
 SHELL_PAIRS_T make_shell_pairs(const MOLECULE_T& molecule, const kernels::QUARTET_KERNELS_T& kernels, int lanes);

@@ -28,6 +28,7 @@ struct SHELL_PAIR_T {
   int first_i = 0, first_j = 0;  ///< first bare Cartesian component of either shell
   double separation[3] = {};     ///< A - B, bohr
   double bound = 0.0;            ///< Q = sqrt(max (ij|ij)) over normalised Cartesian functions
+  double growth = 1.0;           ///< how far integrals can exceed what the prefactors tell (INTEGRALS_2E::growth)
   double symmetry = 1.0;         ///< 1/2 when i = j: both orders of the components are visited
   long block = 0;                ///< start of the pair's component block in arrays over pairs
 };

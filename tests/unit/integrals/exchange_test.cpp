@@ -201,6 +201,28 @@ TEST(EXCHANGE, NEGLECTED_CONTRIBUTIONS_STAY_BELOW_THE_PROMISE) {
   expect_near(stored.j[0], tight.j[0], 1e-10, "stored J");
 }
 
+// Lengths times s: J and K of normalised functions become those of the unit length over s. Diffuse functions of high angular
+// momentum have integrals far above their prefactors.
+TEST(EXCHANGE, DIFFUSE_FUNCTIONS_FOLLOW_THE_SCALING_LAW) {
+  constexpr double scale = 20.0;
+  const auto stretched = [](double s) {
+    MOLECULE_T m;
+    m.atoms = {samples::atom(0.0, 0.1 * s, -0.2 * s), samples::atom(1.3 * s, -0.7 * s, 0.4 * s)};
+    for (int l = 0; l <= 4; ++l) m.shells.push_back(samples::shell(l % 2, l, {2.1 / (s * s), 0.9 / (s * s)}, {0.4, 0.8}));
+    return samples::finish(std::move(m), false);
+  };
+  const MOLECULE_T plain = stretched(1.0), diffuse = stretched(scale);
+  const MATRIX d[] = {samples::random_symmetric(plain.n_basis, 3)};
+  const JK_RESULT_T want = JK_BUILDER(plain).build(d, d, 1e-16);
+  JK_BUILDER builder(diffuse);
+  for (const bool stored : {false, true}) {
+    if (stored) builder.fill_store();
+    const JK_RESULT_T got = builder.build(d, d);
+    expect_near(scale * got.j.at(0), want.j.at(0), 1e-9, stored ? "stored J" : "direct J");
+    expect_near(scale * got.k.at(0), want.k.at(0), 1e-9, stored ? "stored K" : "direct K");
+  }
+}
+
 TEST(EXCHANGE, SCHWARZ_BOUNDS_ARE_RIGOROUS) {
   const MOLECULE_T m = samples::mixed_molecule(3, false);
   const MATRIX q = JK_BUILDER(m).schwarz();
