@@ -25,6 +25,8 @@ class COORDINATE_SYSTEM_T {
   virtual VECTOR difference(const VECTOR& a, const VECTOR& b) const = 0;
   /// Derivatives of the values with respect to the positions, clear of rigid motions.
   virtual MATRIX b_matrix(const VECTOR& positions) const = 0;
+  /// Whether the values have second derivatives.
+  virtual bool curved() const { return true; }
   /// Positions after the coordinates have changed by dq.
   virtual VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const = 0;
   virtual MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const = 0;
@@ -70,6 +72,7 @@ class CARTESIAN_SYSTEM_T : public COORDINATE_SYSTEM_T {
   VECTOR values(const VECTOR& positions) const override { return positions; }
   VECTOR difference(const VECTOR& a, const VECTOR& b) const override { return a - b; }
   MATRIX b_matrix(const VECTOR& positions) const override;
+  bool curved() const override { return false; }
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override { return positions + dq; }
   MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override;
   VECTOR weights() const override { return VECTOR::Ones(3 * static_cast<Eigen::Index>(z_.size())); }

@@ -9,6 +9,9 @@ constexpr double DISPLACEMENT = 1e-4;       // bohr; B is smooth, its difference
 /// K by central differences of B^T g.
 MATRIX curvature_of_coordinates(const COORDINATE_SYSTEM_T& system, const COORDINATE_POINT_T& point) {
   const Eigen::Index n = point.positions.size();
+  // The rigid motions that a B matrix is cleared of turn with the positions (and one of them vanishes for a line), which
+  // differences would take for a curvature.
+  if (!system.curved()) return MATRIX::Zero(n, n);
   MATRIX k(n, n);
   VECTOR x = point.positions;
   for (Eigen::Index i = 0; i < n; ++i) {

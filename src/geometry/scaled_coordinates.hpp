@@ -14,6 +14,7 @@ class SCALED_SYSTEM_T : public COORDINATE_SYSTEM_T {
     return scale_.cwiseProduct(system_.difference(a, b));
   }
   MATRIX b_matrix(const VECTOR& positions) const override { return scale_.asDiagonal() * system_.b_matrix(positions); }
+  bool curved() const override { return system_.curved(); }
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override {
     return system_.displaced(positions, unscaled_step(dq));
   }

@@ -27,8 +27,8 @@ class ENERGY_SURFACE_T {
   /// `positions` in bohr.
   [[nodiscard]] virtual SURFACE_POINT_T energy(const CARTESIAN_T& positions) = 0;
   [[nodiscard]] virtual SURFACE_POINT_T energy_and_gradient(const CARTESIAN_T& positions) = 0;
-  /// From now on every evaluation starts from the density that is at hand now, and none hands its own on: geometries
-  /// displaced from a reference are all nearest to the reference.
+  /// From now on every evaluation starts from what the density at hand now tells, and none becomes the reference of the next:
+  /// geometries displaced from a reference are all nearest to the reference.
   virtual void hold_start() {}
 };
 

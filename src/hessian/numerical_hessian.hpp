@@ -46,8 +46,8 @@ class HESSIAN_PRINTER_T : public HESSIAN_OBSERVER_T {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-/// Gradients at +h and -h of all 3N coordinates around the geometry of the surface's molecule, each started from the density
-/// of the reference there. The precise Boys mode holds for the whole computation.
+/// Gradients at +h and -h of all 3N coordinates around the geometry of the surface's molecule, with the start of the surface
+/// held at the reference. The precise Boys mode holds for the whole computation.
 NUMERICAL_HESSIAN_T numerical_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, HESSIAN_OBSERVER_T& observer);
 
 /// The settings with SCF tolerances that gradients to be differenced need: an error of the orbitals enters the Hessian

@@ -15,6 +15,9 @@ namespace {
 constexpr double linearity_ratio = 1e-6;
 /// Shortest remainder of a rigid motion that is still independent of the others.
 constexpr double independence = 1e-6;
+/// Share of the root of the largest moment from which a rotation of a linear molecule counts: what the rotation about its
+/// own axis leaves of a molecule that is not quite straight is a bend.
+constexpr double rotation_share = 0.1;
 /// Displacements shorter than this are not scaled to unit length.
 constexpr double shortest_mode = 1e-10;
 
@@ -85,13 +88,15 @@ MATRIX mass_weighted(const MATRIX& hessian, const VECTOR& root_mass) {
 PROJECTION_T project_rigid_motions(const MATRIX& weighted, const MOLECULE_T& molecule, const VECTOR& root_mass) {
   const INERTIA_T inertia = inertia_of(molecule);
   const Eigen::Index expected = inertia.linear ? 5 : 6;
+  const double shortest_rotation =
+      inertia.linear ? std::max(independence, rotation_share * std::sqrt(inertia.moments[2])) : independence;
   MATRIX motions = rigid_motions(molecule, inertia.centre, root_mass);
   Eigen::Index kept = 0;  // the first columns, orthonormal
   for (Eigen::Index candidate = 0; candidate < motions.cols() && kept < expected; ++candidate) {
     VECTOR v = motions.col(candidate);
     for (Eigen::Index k = 0; k < kept; ++k) v -= motions.col(k).dot(v) * motions.col(k);
     const double norm = v.norm();
-    if (norm > independence) motions.col(kept++) = v / norm;
+    if (norm > (candidate < 3 ? independence : shortest_rotation)) motions.col(kept++) = v / norm;
   }
   const MATRIX basis = motions.leftCols(kept);
   const MATRIX projector = MATRIX::Identity(weighted.rows(), weighted.cols()) - basis * basis.transpose();

@@ -103,6 +103,22 @@ TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
     EXPECT_EQ(found.count(MODE_TYPE::vibration), 1);
     EXPECT_EQ(found.count(MODE_TYPE::tr), 5);
   }
+  // A molecule that counts as linear keeps both bends when it is not quite straight, along any direction.
+  for (const char* geometry : {"O 0 0 0\nC 0 0 1.16\nO 0 0 2.32\n", "O 0 0 0\nC 1.16 1e-6 0\nO 2.32 0 0\n",
+                               "O 0 0 0\nC 0.5188 1.0375 0\nO 1.0375 2.0750 0\n"}) {
+    const MOLECULE_T rod = TESTS::bare_molecule(geometry);
+    const VECTOR root = root_masses(rod);
+    const PROJECTION_T projection = project_rigid_motions(MATRIX::Identity(9, 9), rod, root);
+    EXPECT_EQ(projection.n_removed, 5);
+    const VECTOR x = GRADIENTS::positions_of(rod);
+    const Eigen::Vector3d axis = (x.tail<3>() - x.head<3>()).normalized();
+    for (const Eigen::Vector3d& across : {axis.unitOrthogonal(), Eigen::Vector3d(axis.cross(axis.unitOrthogonal()))}) {
+      VECTOR bend(9);  // mass-weighted: the end atoms one way, the central one the other, without momentum
+      bend << root(0) * across, -2.0 * root(0) * root(0) / root(3) * across, root(6) * across;
+      bend.normalize();
+      EXPECT_NEAR(bend.dot(projection.matrix * bend), 1.0, 1e-4);
+    }
+  }
   // A Hessian without rigid-motion symmetry must lose exactly those motions: what is left has no force along them.
   const MOLECULE_T water = turned(TESTS::bare_molecule(TESTS::water), 0.7);
   const PROJECTION_T bent = project_rigid_motions(MATRIX::Identity(9, 9), water, root_masses(water));
