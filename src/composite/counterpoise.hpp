@@ -24,7 +24,7 @@ INPUT_PARSER::INPUT_DATA_T select_fragment_system(const INPUT_PARSER::INPUT_DATA
 
 struct SUBSYSTEM_ENERGY_T {
   double energy = 0.0;  ///< hartree
-  bool failed = false;  ///< the molecule could not be built or the SCF did not converge
+  bool failed = false;  ///< the molecule could not be built, the SCF did not converge, or a fault stopped it
 };
 using ENERGY_OF_T = std::function<SUBSYSTEM_ENERGY_T(const INPUT_PARSER::INPUT_DATA_T& subsystem)>;
 

@@ -1,7 +1,10 @@
 #include "composite/scan.hpp"
 
+#include <fmt/ostream.h>
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "constants/limits.hpp"
@@ -9,6 +12,7 @@
 #include "geometry/internal_coords.hpp"
 #include "geometry/zmatrix_values.hpp"
 #include "input/input_parser.hpp"
+#include "report/stop.hpp"
 
 namespace zentrix::COMPOSITE {
 namespace {
@@ -116,8 +120,17 @@ std::vector<INTERNAL_COORDS::CONSTRAINT_T> held_coordinates(const INPUT_PARSER::
   return held;
 }
 
+/// The value of the swept coordinate at the atoms, bohr or radian, where its row, with the swept values in it, places them.
+double target_of(const INPUT_PARSER::SCAN_VARIABLE_T& variable, double value, const ROWS_T& rows) {
+  if (variable.kind == 'R') return value * BOHR_PER_ANGSTROM;
+  if (variable.kind == 'A') return std::abs(std::remainder(value, 360.0)) * RADIAN_PER_DEGREE;
+  const bool turned = OPTIMIZER::past_straight(rows[static_cast<std::size_t>(variable.row) - 1].angle);
+  return (turned ? value + 180.0 : value) * RADIAN_PER_DEGREE;
+}
+
 /// Walks the grid. `evaluate` gets the rows with the swept values in them, their positions and the neighbour's trace; it
-/// fills in energy, convergence and steps, and returns the trace of its own.
+/// fills in energy, convergence and steps, and puts its own trace in the place of the neighbour's. A fault inside a point is
+/// a failure of that point.
 template <class EVALUATE>
 SCAN_RESULT_T walk(const INPUT_PARSER::INPUT_DATA_T& input, SCAN_OBSERVER_T& observer, std::ostream& report,
                    EVALUATE&& evaluate) {
@@ -134,7 +147,15 @@ SCAN_RESULT_T walk(const INPUT_PARSER::INPUT_DATA_T& input, SCAN_OBSERVER_T& obs
     result.status = set_values(input.scan, point.values, trace.rows);
     const auto positions = result.status == SCAN_STATUS::done ? positions_of(trace.rows, report) : std::nullopt;
     if (result.status == SCAN_STATUS::done && !positions) result.status = SCAN_STATUS::no_geometry;
-    if (result.status == SCAN_STATUS::done) result.status = evaluate(*positions, point, trace);
+    if (result.status == SCAN_STATUS::done) {
+      try {
+        result.status = evaluate(*positions, point, trace);
+      } catch (const run_stopped& stop) {
+        fmt::print(report, "{}\n", stop.what());
+        point.energy = std::numeric_limits<double>::quiet_NaN();
+        point.converged = false;
+      }
+    }
     if (result.status != SCAN_STATUS::done) {
       result.failed_at = p;
       return result;
@@ -167,17 +188,18 @@ std::vector<int> grid_point_indices(const SCAN_VARIABLES_T& variables, long p) {
 double scan_value(const INPUT_PARSER::SCAN_VARIABLE_T& variable, int index) {
   if (variable.points < 2) return variable.from;
   if (index == variable.points) return variable.to;
-  return variable.from + static_cast<double>(index - 1) / (variable.points - 1) * (variable.to - variable.from);
+  return variable.from + (index - 1) * (variable.to - variable.from) / (variable.points - 1);
 }
 
-SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, GRADIENTS::SCF_SURFACE_T& surface,
+SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
                          SCAN_OBSERVER_T& observer, std::ostream& report) {
   return walk(input, observer, report, [&](const CARTESIAN_T& positions, SCAN_POINT_T& point, TRACE_T& trace) {
-    surface.start_from(trace.densities);
-    const GRADIENTS::SURFACE_POINT_T evaluated = surface.energy(positions);
+    const auto surface = make_surface(positions);
+    surface->start_from(trace.densities);
+    const GRADIENTS::SURFACE_POINT_T evaluated = surface->energy(positions);
     point.energy = evaluated.energy;
     point.converged = evaluated.converged;
-    trace.densities = surface.converged_densities();
+    trace.densities = surface->converged_densities();
     return SCAN_STATUS::done;
   });
 }
@@ -190,7 +212,7 @@ SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFAC
   return walk(input, observer, report, [&](const CARTESIAN_T& positions, SCAN_POINT_T& point, TRACE_T& trace) {
     if (settings.constraints.size() > MAX_CONSTRAINTS) return SCAN_STATUS::too_many_held;
     for (std::size_t v = 0; v < input.scan.size(); ++v)
-      settings.constraints[v].target = point.values[v] * (input.scan[v].kind == 'R' ? BOHR_PER_ANGSTROM : RADIAN_PER_DEGREE);
+      settings.constraints[v].target = target_of(input.scan[v], point.values[v], trace.rows);
     const auto surface = make_surface(positions);
     surface->start_from(trace.densities);
     const OPTIMIZER::OPTIMIZATION_T optimum = OPTIMIZER::optimize(*surface, settings, optimizer_observer);
@@ -198,8 +220,10 @@ SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFAC
     point.energy = optimum.point.energy;
     point.converged = optimum.outcome == OPTIMIZER::OUTCOME::converged;
     point.steps = optimum.steps;
-    trace.densities = surface->converged_densities();
-    trace.rows = OPTIMIZER::zmatrix_at(trace.rows, optimum.positions);
+    if (point.converged) {
+      trace.densities = surface->converged_densities();
+      trace.rows = OPTIMIZER::zmatrix_at(trace.rows, optimum.positions);
+    }
     return SCAN_STATUS::done;
   });
 }

@@ -25,7 +25,7 @@ double scan_value(const INPUT_PARSER::SCAN_VARIABLE_T& variable, int index);
 
 struct SCAN_POINT_T {
   std::vector<double> values;  ///< of the variables, angstrom or degree
-  double energy = 0.0;         ///< hartree
+  double energy = 0.0;         ///< hartree; not a number where a fault left none
   bool converged = true;
   int steps = 0;  ///< of the optimisation
 };
@@ -46,18 +46,19 @@ class SCAN_OBSERVER_T {
   virtual void point_ends(long /*p*/, const SCAN_POINT_T&) {}
 };
 
-/// Energies at all points, in order. Every point starts from the density of a neighbour on the grid: the one before it or,
-/// where a slower variable has just moved on, the one a step back in that variable. `report` receives the reader's own
-/// message when a geometry cannot be built.
-SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, GRADIENTS::SCF_SURFACE_T& surface,
-                         SCAN_OBSERVER_T& observer, std::ostream& report);
-
 /// A surface whose molecule stands at the given positions, bohr.
 using SURFACE_MAKER_T = std::function<std::unique_ptr<GRADIENTS::SCF_SURFACE_T>(const GRADIENTS::CARTESIAN_T&)>;
 
+/// Energies at all points, in order. Every point starts from the density of a neighbour on the grid: the one before it or,
+/// where a slower variable has just moved on, the one a step back in that variable. `report` receives the reader's own
+/// message when a geometry cannot be built, and the lines of a fault inside a point.
+SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
+                         SCAN_OBSERVER_T& observer, std::ostream& report);
+
 /// Optimised energies at all points, the swept coordinates held at the values of the point and the constraints of the input
 /// at those of its geometry. Every point starts from the optimum
-/// (structure and density) of a neighbour as above, with the swept values replaced.
+/// (structure and density) of a neighbour as above, with the swept values replaced; a neighbour that did not converge
+/// hands on what it started from.
 SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
                            OPTIMIZER::OPTIMIZER_OBSERVER_T& optimizer_observer, SCAN_OBSERVER_T& observer,
                            std::ostream& report);

@@ -3,7 +3,8 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
-#include <fstream>
+#include <cmath>
+#include <sstream>
 
 #include "constants/limits.hpp"
 #include "constants/units.hpp"
@@ -28,7 +29,12 @@ const SCAN_POINT_T* lowest(const std::vector<SCAN_POINT_T>& points) {
 
 /// kcal/mol above the minimum.
 double above(const SCAN_POINT_T& point, const SCAN_POINT_T* minimum) {
-  return minimum == nullptr ? 0.0 : (point.energy - minimum->energy) * KCAL_MOL_PER_HARTREE;
+  return minimum == nullptr ? 0.0 * point.energy : (point.energy - minimum->energy) * KCAL_MOL_PER_HARTREE;
+}
+
+/// A point that a fault left without an energy says so.
+std::string energy_text(double energy, int decimals) {
+  return std::isnan(energy) ? "none" : fmt::format("{:.{}f}", energy, decimals);
 }
 
 void print_minimum(const SCAN_VARIABLES_T& variables, const SCAN_POINT_T* minimum, std::ostream& report) {
@@ -48,8 +54,8 @@ void print_one_variable(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& 
   fmt::print(report, "   -----   ----------   ----------------   ------------\n");
   for (std::size_t p = 0; p < result.points.size(); ++p) {
     const SCAN_POINT_T& point = result.points[p];
-    fmt::print(report, "   {:5d}   {:10.4f}   {:16.8f}   {:12.4f}{}\n", p + 1, point.values[0], point.energy,
-               above(point, minimum), point.converged ? "" : "  **");
+    fmt::print(report, "   {:5d}   {:10.4f}   {:>16s}   {:>12s}{}\n", p + 1, point.values[0], energy_text(point.energy, 8),
+               energy_text(above(point, minimum), 4), point.converged ? "" : "  **");
   }
 }
 
@@ -95,7 +101,8 @@ void print_points(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result
     const SCAN_POINT_T& point = result.points[p];
     fmt::print(report, "   {:5d}", p + 1);
     for (const double value : point.values) fmt::print(report, " {:10.4f}", value);
-    fmt::print(report, " {:16.8f}   {:12.4f}{}\n", point.energy, above(point, minimum), point.converged ? "" : "  **");
+    fmt::print(report, " {:>16s}   {:>12s}{}\n", energy_text(point.energy, 8), energy_text(above(point, minimum), 4),
+               point.converged ? "" : "  **");
   }
 }
 
@@ -120,7 +127,8 @@ void SCAN_PRINTER_T::point_begins(long p) {
 }
 
 void SCAN_PRINTER_T::point_ends(long p, const SCAN_POINT_T& point) {
-  fmt::print(report_, "\n   --- {} point {}: E = {:.10f} Ha", relaxed_ ? "scanopt" : "scan", p, point.energy);
+  fmt::print(report_, "\n   --- {} point {}: E = {}", relaxed_ ? "scanopt" : "scan", p, energy_text(point.energy, 10));
+  if (!std::isnan(point.energy)) fmt::print(report_, " Ha");
   if (relaxed_) fmt::print(report_, " ({} opt steps)", point.steps);
   fmt::print(report_, "\n");
   for (std::size_t v = 0; v < variables_.size(); ++v)
@@ -173,8 +181,8 @@ void print_scan_summary(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& 
   fmt::print(report, "{}\n", rule);
 }
 
-bool write_scan_file(const std::string& path, const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result) {
-  std::ofstream file(path);
+std::string scan_file_text(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result) {
+  std::ostringstream file;
   const SCAN_POINT_T* minimum = lowest(result.points);
   fmt::print(file, "#");
   for (const SCAN_VARIABLE_T& variable : variables)
@@ -184,8 +192,7 @@ bool write_scan_file(const std::string& path, const SCAN_VARIABLES_T& variables,
     for (const double value : point.values) fmt::print(file, "{:14.8f} ", value);
     fmt::print(file, "{:20.10f} {:16.8f} {}\n", point.energy, above(point, minimum), point.converged ? 1 : 0);
   }
-  file.close();
-  return !file.fail();
+  return file.str();
 }
 
 }  // namespace zentrix::COMPOSITE

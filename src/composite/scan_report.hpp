@@ -27,8 +27,7 @@ class SCAN_PRINTER_T : public SCAN_OBSERVER_T {
 void print_scan_failure(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, bool relaxed, std::ostream& report);
 /// Tables of all points, relative to the lowest converged one.
 void print_scan_summary(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result, bool relaxed, std::ostream& report);
-/// Writes the points as plain columns (values, energy, energy above the minimum, 1 for converged); false when the file
-/// cannot be written.
-[[nodiscard]] bool write_scan_file(const std::string& path, const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result);
+/// The points as plain columns: values, energy, energy above the minimum, 1 for converged.
+std::string scan_file_text(const SCAN_VARIABLES_T& variables, const SCAN_RESULT_T& result);
 
 }  // namespace zentrix::COMPOSITE

@@ -90,6 +90,37 @@ TEST(ScanReport, RelaxedScanOfTheWaterAngle) {
                  "   --- scanopt point 2: E = ", "  Relaxed PES scan -- summary\n"});
 }
 
+// An angle past the straight line is its mirror image with the dihedral half a turn on: both ways of writing a structure
+// scan alike, and the nitrogen of an imine is inverted through it.
+TEST(ScanReport, AnglesPastTheStraightLine) {
+  const auto scan = [](const std::string& row, const std::string& block) {
+    return run_scan("%job scanopt\n%gz\n" + row + "\n*end\n%scan\n" + block + "\n*end\n");
+  };
+  const std::string hoo = "H\nO 1 1.0\nO 2 1.4 1 101\nH 3 1.0 2 ";
+  const SCAN_RUN_T turned = scan(hoo + "-101 1 60", "D 4 60 80 20"), plain = scan(hoo + "101 1 240", "D 4 240 260 20");
+  const SCAN_RUN_T imine = scan("C\nN 1 1.27\nH 1 1.09 2 120\nH 1 1.09 2 120 3 180\nH 2 1.02 1 130 3 0", "A 5 160 200 20");
+  for (const SCAN_RUN_T* run : {&turned, &plain, &imine}) ASSERT_EQ(run->program.status, 0) << run->program.report;
+  for (std::size_t p = 0; p < 2; ++p) EXPECT_NEAR(turned.rows[p][1], plain.rows[p][1], 1e-6);
+  EXPECT_NEAR(imine.rows[2][1], imine.rows[0][1], 1e-6);  // its mirror image
+  EXPECT_GT(imine.rows[1][1], imine.rows[0][1] + 1e-3);
+}
+
+// Nuclei 0.0006 angstrom apart: the functions of one are those of the other, and the overlap has no inverse root.
+TEST(ScanReport, AFaultInsideAPointIsItsFailure) {
+  const SCAN_RUN_T run = run_scan(
+      "%job scan\n%basis 6-311++G(3df,3pd)\n%charge 1\n%scf_maxiter 5\n%gz\nH\nH 1 0.74\nH 1 0.0006 2 180\n*end\n"
+      "%scan\nR 2 0.74 0.0006 0.7394\n*end\n");
+  EXPECT_EQ(run.program.status, 3);
+  expect_in_order(run.program.report, {"  MOLECULE SUMMARY\n", " Scan point 1\n", "  MOLECULE SUMMARY\n", " Scan point 2\n",
+                                       " *** ERROR: S eigenvalue 1 is ", "   --- scan point 2: E = none\n",
+                                       "       2       0.0006               none           none  **\n",
+                                       "   Scan points written to: run.scan\n"});
+  EXPECT_EQ(run.rows.size(), 2U);
+  expect_report("%job scan\n%method mp2\n%gz\nHe\nHe 1 3\n*end\n%scan\nR 2 3 4 1\n*end\n",
+                {"   *** MP2 ERROR: no virtual orbitals\n", "       2       4.0000               none           none  **\n"},
+                1);
+}
+
 // The distance of the hydrogen atoms is no Z-matrix value: the torsion would carry it along.
 TEST(ScanReport, ConstraintsOfARelaxedScan) {
   const std::string added = "   ADDED (R = 4.546859 bohr)\n";
