@@ -24,7 +24,7 @@ double distance(const INPUT_ATOM_T& a, const INPUT_ATOM_T& b) {
 /// atoms are never closer than their projections, so only near neighbours in that order need a look, whatever the number of
 /// atoms.
 int check_coincident_atoms(const INPUT_DATA_T& input, std::ostream& report) {
-  constexpr std::array<double, 3> direction = {0.6180339887, 0.6841367808, 0.3872983346};  // shorter than 1
+  constexpr std::array<double, 3> direction = {0.6180339887, 0.684, 0.3872983346};  // shorter than 1
   std::vector<std::pair<double, int>> order;
   for (std::size_t a = 0; a < input.atoms.size(); ++a) {
     const auto& p = input.atoms[a].position;
@@ -58,16 +58,6 @@ int check_scan_use(const INPUT_DATA_T& input, std::ostream& report) {
     return 1;
   }
   return check_scan(input, report);
-}
-
-/// Settings of jobs that follow or analyse a Hessian.
-void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report) {
-  const bool searches = input.job == JOB::ts || input.job == JOB::ts_freq;
-  const bool optimises = input.job == JOB::opt || input.job == JOB::opt_freq;
-  if (!input.read_hess.empty() && !searches && !optimises && input.job != JOB::freq) {
-    fmt::print(report, "   *** WARNING: %read_hess is not used by this job.\n");
-  }
-  if (input.ts_mode > 0 && !searches) fmt::print(report, "   *** WARNING: %ts_mode is not used by this job.\n");
 }
 
 /// "%solvent none" and "%pcm none" switch solvation off as a whole.

@@ -10,6 +10,9 @@ namespace zentrix::INPUT_PARSER {
 /// non-zero after a message.
 [[nodiscard]] int check_input(INPUT_DATA_T& input, bool has_constraint_block, std::ostream& report);
 
+/// A warning for every setting that has no effect on the job.
+void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report);
+
 /// Charge and multiplicity of every fragment of a counterpoise job, where the input does not give them, and whether they fit
 /// together with those of the complex.
 [[nodiscard]] int settle_fragment_states(INPUT_DATA_T& input, std::ostream& report);

@@ -196,7 +196,7 @@ std::vector<KEYWORD_T> geometry_rows() {
        "Coordinates of the optimiser.",
        "internal (rfo/redundant) | cart (bfgs/cartesian)"},
       {"GRAD_TOL", {}, tolerance(&IN::grad_tol), "4.5e-4",
-       "Optimiser's tolerance on the largest gradient component, hartree/bohr.",
+       "Limit of the Cartesian optimiser and of the note on frequencies for the largest gradient component, hartree/bohr.",
        "expected: real number (e.g. 4.5e-4)"},
       {"GRAD_METHOD", {}, grad_method(), "analytical",
        "Analytic or semi-analytic gradients.",

@@ -40,6 +40,17 @@ TEST(InputFile, TextThatIsNotUsedIsQuoted) {
       {"%geo\nHe 0 0 0\n*end\n%scan\nR 2 1 2 0.1\n*end\n", "   *** WARNING: the %scan block is not used by this job.\n"},
       {"%read_hess a.hess\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %read_hess is not used by this job.\n"},
       {"%job freq\n%ts_mode 2\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %ts_mode is not used by this job.\n"},
+      {"%geom_maxiter 9\n%basis Br=STO-3G\n%pcm_lebedev 50\n%geo\nHe 0 0 0\n*end\n",
+       "   *** WARNING: %geom_maxiter is not used by this job.\n"
+       "   *** WARNING: %pcm_lebedev is not used by this job.\n"
+       "   *** WARNING: %basis Br=STO-3G names an element that is not there.\n"},
+      {"%print_grad\n%print_mo\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %print_grad is not used by this job.\n"},
+      {"%job scan\n%print_mo\n%gz\nHe\nHe 1 3\n*end\n%scan\nR 2 3 4 1\n*end\n",
+       "   *** WARNING: %print_mo is not used by this job.\n"},
+      {"%job ts\n%grad_tol 1e-5\n%geo\nHe 0 0 0\n*end\n",
+       "   NOTE: %grad_tol sets the limits of the Cartesian optimizer (%opt_coord cart);\n"
+       "         other searches have fixed ones.\n"},
+      {"%job opt\n%grad_tol 1e-5\n%geo\nHe 0 0 0\nHe 0 0 3\n*end\n", ""},
   };
   for (const auto& [text, warning] : cases) {
     const auto result = parse(text);
