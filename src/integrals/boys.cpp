@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "constants/combinatorics.hpp"
 #include "constants/units.hpp"
 
 namespace zentrix::BOYS {
@@ -22,7 +23,6 @@ constexpr int taylor_order = 6;
 
 struct BOYS_TABLES_T {
   std::vector<std::array<double, BOYS_NMAX + 1>> grid;
-  std::array<double, BOYS_NMAX + 1> odd_double_factorial = {};  ///< (2n-1)!!
   BOYS_TABLES_T();
 };
 
@@ -52,11 +52,6 @@ void downward(int top, REAL t, REAL stop, int max_terms, REAL* values) {
 }
 
 BOYS_TABLES_T::BOYS_TABLES_T() : grid(BOYS_NGRID + 1) {
-  odd_double_factorial[0] = 1.0;
-  for (int n = 1; n <= BOYS_NMAX; ++n) {
-    odd_double_factorial[static_cast<std::size_t>(n)] = odd_double_factorial[static_cast<std::size_t>(n) - 1] * (2 * n - 1);
-  }
-
   std::array<double, series_order + 1> values;
   for (int i = 0; i <= BOYS_NGRID; ++i) {
     const double t = BOYS_STEP * i;
@@ -80,8 +75,7 @@ bool precise = false;
 
 /// F_n(T) = (2n-1)!! / 2^(n+1) sqrt(pi / T^(2n+1)), the error-function limit of large T.
 double asymptotic(int n, double t) {
-  return tables().odd_double_factorial[static_cast<std::size_t>(n)] / std::ldexp(1.0, n + 1) * std::sqrt(PI / t) /
-         std::pow(t, n);
+  return odd_double_factorial(n) / std::ldexp(1.0, n + 1) * std::sqrt(PI / t) / std::pow(t, n);
 }
 
 /// The same for orders first .. last, each from the one before: F_(n+1) = (2n+1) / (2T) F_n.

@@ -9,8 +9,8 @@
 
 namespace zentrix::BOYS {
 
-/// Builds the process-wide tables once: F_0 .. F_28 on the grid, binomial coefficients, double factorials. Later calls do
-/// nothing. Everything that needs a table calls it itself, so tests and tools need no set-up.
+/// Builds the process-wide table once: F_0 .. F_28 on the grid. Later calls do nothing. Everything that needs a table calls
+/// it itself, so tests and tools need no set-up.
 void initialize_tables();
 
 /// Prints the sizes of the tables.

@@ -5,25 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "constants/combinatorics.hpp"
 #include "constants/limits.hpp"
 #include "report/stop.hpp"
 
 namespace zentrix {
 namespace {
-
-/// (2n - 1)!!, with (-1)!! = 1.
-double odd_double_factorial(int n) {
-  double product = 1.0;
-  for (int i = 2 * n - 1; i > 1; i -= 2) product *= i;
-  return product;
-}
-
-double binomial(int n, int k) {
-  if (k < 0 || k > n) return 0.0;
-  double value = 1.0;
-  for (int i = 1; i <= k; ++i) value = value * (n - k + i) / i;
-  return value;
-}
 
 double factorial(int n) { return n < 2 ? 1.0 : n * factorial(n - 1); }
 
