@@ -91,7 +91,9 @@ void add_batch(const HALF_TRANSFORMED_T& integrals, const PAIR_ORBITALS_T& orbit
 }  // namespace
 
 MP2_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input, const MOLECULE_T& molecule) {
-  return {input.frozen_core < 0 ? automatic_frozen_core(molecule) : input.frozen_core, input.eri_memory_limit_mb};
+  // An ion or a high spin state may lack the electrons of a core.
+  const int automatic = std::min(automatic_frozen_core(molecule), molecule.unrestricted ? molecule.n_beta : molecule.n_alpha);
+  return {input.frozen_core < 0 ? automatic : input.frozen_core, input.eri_memory_limit_mb};
 }
 
 MP2_RESULT_T mp2_energy(const SCF::GEOMETRY_DATA_T& geometry, const SCF::SCF_RESULT_T& scf, const MP2_SETTINGS_T& settings,
@@ -101,11 +103,13 @@ MP2_RESULT_T mp2_energy(const SCF::GEOMETRY_DATA_T& geometry, const SCF::SCF_RES
   result.unrestricted = scf.unrestricted();
   result.s_squared = scf.s_squared;
   observer.orbitals_counted(sizes);
+  if (sizes.channels == 1 && (sizes.virtuals[0] == 0 || sizes.correlated(0) <= 0)) observer.sizes_planned(sizes);
   check(sizes);
   const INTEGRALS_2E::ERI_PANELS panels = geometry.jk.integral_panels();
   const PAIR_ORBITALS_T orbitals = pair_orbitals(panels, scf, geometry.one_electron.s, sizes);
   const auto batches =
       plan(panels, geometry.jk.store_bytes(), static_cast<int>(orbitals.occupied.size()), settings.memory_limit_mb, sizes);
+  observer.sizes_planned(sizes);
   observer.batches_planned(sizes);
   for (std::size_t n = 0; n < batches.size(); ++n) {
     observer.half_transformation(sizes, static_cast<int>(n));

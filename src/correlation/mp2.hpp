@@ -51,6 +51,7 @@ class MP2_OBSERVER_T {
  public:
   virtual ~MP2_OBSERVER_T() = default;
   virtual void orbitals_counted(const MP2_DIMENSIONS_T&) {}
+  virtual void sizes_planned(const MP2_DIMENSIONS_T&) {}
   virtual void batches_planned(const MP2_DIMENSIONS_T&) {}
   virtual void half_transformation(const MP2_DIMENSIONS_T&, int /*batch*/) {}
   virtual void pair_energies(const MP2_DIMENSIONS_T&, int /*batch*/) {}

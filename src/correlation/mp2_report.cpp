@@ -30,10 +30,13 @@ void MP2_PRINTER_T::orbitals_counted(const MP2_DIMENSIONS_T& sizes) {
   fmt::print(report_, "   Correlated occ (a/b):  {} / {}\n", sizes.correlated(0), sizes.correlated(1));
 }
 
-void MP2_PRINTER_T::batches_planned(const MP2_DIMENSIONS_T& sizes) {
+void MP2_PRINTER_T::sizes_planned(const MP2_DIMENSIONS_T& sizes) {
   fmt::print(report_, "   Half-transformed integrals: {:.1f} MB", megabytes(sizes.half_transformed));
   if (sizes.batches > 1) fmt::print(report_, "  (largest of {} batches of occupied orbitals)", sizes.batches);
   fmt::print(report_, "\n   MO integrals (ia|jb):       {:.1f} MB  (pair by pair)\n", megabytes(sizes.pair_integrals));
+}
+
+void MP2_PRINTER_T::batches_planned(const MP2_DIMENSIONS_T& sizes) {
   if (sizes.stored) {
     fmt::print(report_, "   Computing and storing AO ERIs...\n");
   } else {
@@ -84,6 +87,10 @@ void print_frozen_core(int orbitals, std::ostream& report) {
   } else {
     fmt::print(report, "   Frozen core (auto): 0 (no core electrons).\n");
   }
+}
+
+void note_unrestricted(const std::string& method, bool unrestricted, std::ostream& report) {
+  if (method == "MP2" && unrestricted) fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
 }
 
 void print_heading(bool unrestricted, std::ostream& report) {

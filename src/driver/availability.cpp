@@ -30,7 +30,8 @@ std::string missing_for_hessian(const INPUT_PARSER::INPUT_DATA_T& input) {
 using INPUT_PARSER::JOB;
 
 std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional) {
-  if (functional.is_mp2() && input.job != JOB::energy && input.job != JOB::scan && input.job != JOB::bsse)
+  const bool searches = input.job == JOB::ts || input.job == JOB::ts_freq;  // stops with a message of its own
+  if (functional.is_mp2() && input.job != JOB::energy && input.job != JOB::scan && input.job != JOB::bsse && !searches)
     return fmt::format("%job {} with %method {}", INPUT_PARSER::job_word(input.job), functional.name);
   if (input.pump2) return "%pump2";
   if (input.dispersion == "D4") return fmt::format("%dispersion {}", input.dispersion);

@@ -6,8 +6,8 @@
 #include "input/input_data.hpp"
 #include "molecule/types.hpp"
 
-// The one place that knows which requests this version cannot serve. A run asks it before any integral is computed, so that
-// nothing half-runs and no keyword is silently ignored; a subsystem that arrives removes its line here.
+// What this version cannot serve, as far as no subsystem refuses it by itself. A run asks it before any integral is computed, so that
+// nothing half-runs; a subsystem that arrives removes its line here.
 
 namespace zentrix {
 
@@ -17,7 +17,7 @@ double matrices_mb(const MOLECULE_T& molecule);
 /// What of the input is not available ("%job gradient", "density functionals (%method B3LYP)", ...); empty when all is.
 std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT::FUNCTIONAL_T& functional);
 
-/// The same for what only the built molecule shows: open shells, effective core potentials.
+/// The same for what only the built molecule shows: effective core potentials.
 std::string missing_for_molecule(const MOLECULE_T& molecule);
 
 }  // namespace zentrix

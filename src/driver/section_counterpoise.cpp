@@ -1,6 +1,7 @@
 #include <fmt/ostream.h>
 
 #include "composite/counterpoise.hpp"
+#include "correlation/mp2_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
 #include "driver/sections.hpp"
@@ -18,6 +19,7 @@ COMPOSITE::SUBSYSTEM_ENERGY_T subsystem_energy(const RUN_T& run, const INPUT_PAR
   own.functional = run.functional;
   if (build_molecule(own.input, own.molecule, report) != 0) return {0.0, true};
   print_molecule_summary(own.molecule, report);
+  CORRELATION::note_unrestricted(own.functional.name, own.molecule.unrestricted, report);
   const auto surface = method_surface(own, &report);
   const GRADIENTS::SURFACE_POINT_T point = surface->energy(GRADIENTS::positions_of(own.molecule));
   return {point.energy, !point.converged};

@@ -27,8 +27,11 @@ int section_gradient(RUN_T& run, std::ostream& report) {
   print_method(run, report);
   const auto surface = method_surface(run, &report);
   const GRADIENTS::SURFACE_POINT_T point = surface->energy_and_gradient(GRADIENTS::positions_of(run.molecule));
+  if (!point.converged) {
+    fmt::print(report, "   *** WARNING: {}SCF did not converge\n", run.molecule.unrestricted ? "UHF " : "");
+    run.converged = false;
+  }
   GRADIENTS::print_gradient(run.molecule, point.gradient, report);
-  if (!point.converged) run.converged = false;
   run.scf = surface->last_scf();
   run.geometry = surface->take_geometry();
   return 0;

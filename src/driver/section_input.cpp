@@ -62,22 +62,30 @@ int set_up_method(RUN_T& run, std::ostream& report) {
     return error;
   DFT::print_functional(run.functional, report);
   if (run.input.xc_deriv == INPUT_PARSER::DERIVATIVE::numerical) print_xc_deriv_unused(report);
-  if (run.functional.is_mp2() && (run.input.job == JOB::ts || run.input.job == JOB::ts_freq)) {
-    print_no_ts_with_mp2(report);
-    return 1;
-  }
   return set_up_dispersion(run, report);
 }
 
 /// What an MP2 run leaves uncorrelated, where the user might not expect it.
 void tell_frozen_core(const RUN_T& run, std::ostream& report) {
   if (run.input.frozen_core < 0) {
-    CORRELATION::print_frozen_core(automatic_frozen_core(run.molecule), report);
+    CORRELATION::print_frozen_core(CORRELATION::settings_from(run.input, run.molecule).frozen_core, report);
   } else if (run.input.frozen_core > 0 && run.input.job == JOB::bsse) {
     fmt::print(report, "   *** WARNING: %frozen_core {} freezes as many orbitals in every fragment as in the complex;\n",
                run.input.frozen_core);
     fmt::print(report, "            -1 (automatic) freezes the cores of each.\n");
   }
+}
+
+/// Settings of other methods. What other jobs use is told when the input is read.
+void warn_unused_by_method(const RUN_T& run, std::ostream& report) {
+  const INPUT_PARSER::INPUT_DATA_T usual;
+  const auto warn = [&](const char* keyword) {
+    fmt::print(report, "   *** WARNING: %{} is not used by this method.\n", keyword);
+  };
+  if (run.input.frozen_core != usual.frozen_core && !run.functional.is_mp2()) warn("frozen_core");
+  if (run.input.grid != usual.grid && run.functional.is_hartree_fock()) warn("grid");
+  if (run.input.occupation != usual.occupation && !run.molecule.unrestricted && run.input.job != JOB::bsse)
+    warn("uks_occupation");
 }
 
 int set_up_molecule(RUN_T& run, std::ostream& report) {
@@ -87,9 +95,9 @@ int set_up_molecule(RUN_T& run, std::ostream& report) {
     return error;
   }
   print_molecule_summary(run.molecule, report);
-  if (run.functional.name == "MP2" && run.molecule.unrestricted)
-    fmt::print(report, "   NOTE: MP2 with unrestricted orbitals runs as UMP2.\n");
+  CORRELATION::note_unrestricted(run.functional.name, run.molecule.unrestricted, report);
   if (run.functional.is_mp2()) tell_frozen_core(run, report);
+  warn_unused_by_method(run, report);
   if (const int error = refuse_missing(missing_for_molecule(run.molecule), report); error != 0) return error;
   return refuse_too_large(run.molecule, report);
 }

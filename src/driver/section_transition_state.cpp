@@ -1,5 +1,6 @@
 #include <fmt/ostream.h>
 
+#include "driver/driver_report.hpp"
 #include "driver/interrupts.hpp"
 #include "driver/method_surface.hpp"
 #include "driver/moving_geometry.hpp"
@@ -66,6 +67,10 @@ class PRINTER_T : public TRANSITION_STATE::SADDLE_PRINTER_T {
 int section_transition_state(RUN_T& run, std::ostream& report) {
   set_run_phase("Section 5/6 (transition-state search)");
   print_section_heading("5/6", "Transition-State Search (P-RFO)", report);
+  if (run.functional.is_mp2()) {
+    print_no_ts_with_mp2(report);
+    return 1;
+  }
   if (!mode_exists(run, report)) return 1;
   HESSIAN::HESSIAN_FILE_T hessian;
   if (const int status = starting_hessian(run, hessian, report); status != 0) return status;

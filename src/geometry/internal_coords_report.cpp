@@ -69,7 +69,6 @@ bool good(const CONSTRAINT_MATCH_T& match) {
 }  // namespace
 
 void print_summary(const COORDINATE_SET_T& set, std::ostream& report) {
-  if (set.bonds_truncated) fmt::print(report, "   *** WARNING: Too many bonds, truncating\n");
   fmt::print(report, "\n   Internal Coordinates Summary\n   ================================================\n");
   fmt::print(report, "   Total internal coordinates: {}\n", set.coordinates.size());
   fmt::print(report, "   Bonds:                      {}\n", set.n_bonds);
@@ -93,6 +92,8 @@ void print_constraint_matching(const std::vector<CONSTRAINT_MATCH_T>& matches, c
   fmt::print(report, "   {} coordinate(s) frozen out of {} total.\n", set.n_frozen, set.coordinates.size());
   if (added > 0) fmt::print(report, "     ({} new coordinate(s) added by extension)\n", added);
 }
+
+void print_bonds_truncated(std::ostream& report) { fmt::print(report, "   *** WARNING: Too many bonds, truncating\n"); }
 
 void print_remade(std::ostream& report) {
   fmt::print(report, "   An angle became linear or ceased to be, or a centre planar: internal coordinates made anew.\n");

@@ -58,6 +58,7 @@ OPTIMIZATION_T optimize(GRADIENTS::ENERGY_SURFACE_T& surface, const OPTIMIZER_SE
 
   const VECTOR x = GRADIENTS::positions_of(molecule);
   COORDINATE_SET_T set = generate_coordinates(z, x);
+  if (set.bonds_truncated) observer.bonds_truncated();
   if (!enough(set, x)) {
     observer.too_few_coordinates();
     return optimize_cartesian(surface, z, settings, observer);

@@ -40,6 +40,7 @@ class OPTIMIZER_OBSERVER_T {
   virtual ~OPTIMIZER_OBSERVER_T() = default;
   virtual void cartesian_forced() {}
   virtual void too_few_coordinates() {}
+  virtual void bonds_truncated() {}
   virtual void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T&) {}
   virtual void constraints_matched(const std::vector<INTERNAL_COORDS::CONSTRAINT_MATCH_T>&,
                                    const INTERNAL_COORDS::COORDINATE_SET_T&) {}

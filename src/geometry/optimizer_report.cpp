@@ -29,6 +29,8 @@ void OPTIMIZER_PRINTER_T::too_few_coordinates() {
   fmt::print(report_, "   Too few internal coordinates, falling back to Cartesian BFGS\n");
 }
 
+void OPTIMIZER_PRINTER_T::bonds_truncated() { INTERNAL_COORDS::print_bonds_truncated(report_); }
+
 void OPTIMIZER_PRINTER_T::coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) {
   INTERNAL_COORDS::print_summary(set, report_);
 }

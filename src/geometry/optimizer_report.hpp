@@ -16,6 +16,7 @@ class OPTIMIZER_PRINTER_T : public OPTIMIZER_OBSERVER_T {
   OPTIMIZER_PRINTER_T(const MOLECULE_T& molecule, std::vector<INPUT_PARSER::ZMATRIX_ROW_T> zmatrix, std::ostream& report);
   void cartesian_forced() override;
   void too_few_coordinates() override;
+  void bonds_truncated() override;
   void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
   void constraints_matched(const std::vector<INTERNAL_COORDS::CONSTRAINT_MATCH_T>& matches,
                            const INTERNAL_COORDS::COORDINATE_SET_T& set) override;

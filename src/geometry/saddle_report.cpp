@@ -20,6 +20,8 @@ constexpr int eigenvalues_shown = 5;
 SADDLE_PRINTER_T::SADDLE_PRINTER_T(const MOLECULE_T& molecule, std::ostream& report)
     : symbols_(INTERNAL_COORDS::symbols_of(molecule)), report_(report) {}
 
+void SADDLE_PRINTER_T::bonds_truncated() { INTERNAL_COORDS::print_bonds_truncated(report_); }
+
 void SADDLE_PRINTER_T::coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) {
   INTERNAL_COORDS::print_summary(set, report_);
 }

@@ -13,6 +13,7 @@ namespace zentrix::TRANSITION_STATE {
 class SADDLE_PRINTER_T : public SADDLE_OBSERVER_T {
  public:
   SADDLE_PRINTER_T(const MOLECULE_T& molecule, std::ostream& report);
+  void bonds_truncated() override;
   void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T& set) override;
   void started(bool internal, const THRESHOLDS_T& thresholds) override;
   void modes_known(const VECTOR& eigenvalues, int followed) override;

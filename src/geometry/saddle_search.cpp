@@ -201,6 +201,7 @@ SADDLE_POINT_T find_saddle(GRADIENTS::ENERGY_SURFACE_T& surface, const MATRIX& h
   const VECTOR x = GRADIENTS::positions_of(surface.molecule());
   if (!settings.force_cartesian && z.size() > 2) {
     COORDINATE_SET_T set = generate_coordinates(z, x, FRAGMENT_LINKS::forming_bonds);
+    if (set.bonds_truncated) observer.bonds_truncated();
     if (internals_serve(set, x)) {
       observer.coordinates_made(set);
       observer.started(true, settings.thresholds);

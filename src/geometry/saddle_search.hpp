@@ -35,6 +35,7 @@ struct SADDLE_POINT_T {
 class SADDLE_OBSERVER_T {
  public:
   virtual ~SADDLE_OBSERVER_T() = default;
+  virtual void bonds_truncated() {}
   virtual void coordinates_made(const INTERNAL_COORDS::COORDINATE_SET_T&) {}
   virtual void started(bool /*internal*/, const THRESHOLDS_T&) {}
   /// Of the starting Hessian, ascending, once the first gradient is known; `followed` counts from 1.

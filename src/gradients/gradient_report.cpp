@@ -18,12 +18,6 @@ void GRADIENT_PRINTER_T::scf_begins(bool unrestricted) {
 
 void GRADIENT_PRINTER_T::scf_ends(const SCF::SCF_RESULT_T& scf) {
   fmt::print(report_, "   SCF energy: {:20.10f}\n", scf.energy.total());
-  if (scf.converged) return;
-  if (scf.unrestricted()) {
-    fmt::print(report_, "   *** WARNING: UHF SCF did not converge\n");
-  } else {
-    fmt::print(report_, "   *** WARNING: SCF did not converge\n");
-  }
 }
 
 void GRADIENT_PRINTER_T::nuclear_begins(bool unrestricted) {
@@ -99,7 +93,7 @@ void print_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std
 }
 
 void print_wanted_gradient(const MOLECULE_T& molecule, const CARTESIAN_T& gradient, std::ostream& report) {
-  fmt::print(report, "\n   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n");
+  fmt::print(report, "\n%print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n");
   print_components(molecule, gradient, report);
 }
 

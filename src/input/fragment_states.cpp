@@ -43,7 +43,7 @@ int check_electrons(int fragment, int electrons, int multiplicity, std::ostream&
     fmt::print(report, "            Check \"%charge {}=value\" and the fragment numbers.\n", fragment);
     return 1;
   }
-  if ((electrons + multiplicity) % 2 == 0 || multiplicity > electrons + 1) {
+  if (multiplicity > electrons + 1 || (electrons + multiplicity) % 2 == 0) {
     fmt::print(report, " *** ERROR: fragment {} has {} electrons and cannot have multiplicity {}.\n", fragment, electrons,
                multiplicity);
     fmt::print(report, "            Give another one with \"%mult {}=value\".\n", fragment);

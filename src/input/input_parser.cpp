@@ -3,6 +3,7 @@
 #include <fmt/ostream.h>
 
 #include <fstream>
+#include <sstream>
 
 #include "input/blocks.hpp"
 #include "input/input_checks.hpp"
@@ -155,8 +156,12 @@ int read_file(std::istream& file, INPUT_DATA_T& input, std::ostream& report) {
   // The job line may stand below the geometry: only now is the fragment column known to be needed.
   if (input.job == JOB::bsse && !reader.unassigned_atoms.empty()) {
     input.atoms.clear();
-    const int error = parse_cartesian_block(reader.unassigned_atoms, input.bohr_units, true, input.atoms, report);
-    if (error != 0) return error;
+    std::ostringstream again;  // warnings stand in the report already
+    const int error = parse_cartesian_block(reader.unassigned_atoms, input.bohr_units, true, input.atoms, again);
+    if (error != 0) {
+      report << again.str();
+      return error;
+    }
   }
   return check_input(input, reader.has_constraints, report);
 }

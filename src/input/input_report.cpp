@@ -82,7 +82,7 @@ void print_scf(const INPUT_DATA_T& input, std::ostream& report) {
 
 void print_geometry(const INPUT_DATA_T& input, std::ostream& report) {
   const std::string rule(47, '-');
-  fmt::print(report, "\n   Molecular Geometry (Angstroems):\n   {}\n    Atom      X            Y            Z\n   {}\n",
+  fmt::print(report, "\n   {}\n   Molecular Geometry (Angstroems):\n   {}\n    Atom      X            Y            Z\n",
              rule, rule);
   for (const INPUT_ATOM_T& atom : input.atoms) {
     fmt::print(report, "    {:<3s}", element_symbol(atom.z));
@@ -96,8 +96,8 @@ void print_geometry(const INPUT_DATA_T& input, std::ostream& report) {
 void print_scan(const INPUT_DATA_T& input, std::ostream& report) {
   const std::string rule(56, '-');
   const bool relaxed = input.job == JOB::scanopt;
-  fmt::print(report, "\n   {} PES scan grid:\n   {}\n", relaxed ? "Relaxed" : "Rigid", rule);
-  fmt::print(report, "    Var  Row     From       To        Step     Pts  Unit\n   {}\n", rule);
+  fmt::print(report, "\n   {}\n   {} PES scan grid:\n   {}\n", rule, relaxed ? "Relaxed" : "Rigid", rule);
+  fmt::print(report, "    Var  Row     From       To        Step     Pts  Unit\n");
   long long total = 1;
   for (const SCAN_VARIABLE_T& v : input.scan) {
     fmt::print(report, "    {:<3c}{:5d}{:11.4f}{:11.4f}{:11.4f}{:6d}  {}\n", v.kind, v.row, v.from, v.to, v.step, v.points,

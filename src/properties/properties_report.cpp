@@ -18,7 +18,7 @@ const std::string single_rule = "   " + std::string(48, '-');
 
 void print_vector(const char* label, const std::array<double, 3>& v, std::ostream& report) {
   fmt::print(report, "{}", label);
-  for (const double x : v) fmt::print(report, "{:16.8f}", without_minus_zero(x, 8));
+  for (const double x : v) fmt::print(report, " {:15.8f}", without_minus_zero(x, 8));
   fmt::print(report, "\n");
 }
 

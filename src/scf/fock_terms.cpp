@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -53,6 +55,9 @@ class COULOMB_EXCHANGE_TERM_T : public FOCK_TERM_T {
   double exchange_;  ///< exact-exchange fraction a
 };
 
+/// Values on the grid only save time: they are never to drive the machine into swapping. Bytes.
+std::int64_t half_of_machine() { return static_cast<std::int64_t>(sysconf(_SC_PHYS_PAGES)) / 2 * sysconf(_SC_PAGESIZE); }
+
 class XC_TERM_T : public FOCK_TERM_T {
  public:
   XC_TERM_T(const GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional, int memory_limit_mb)
@@ -62,7 +67,7 @@ class XC_TERM_T : public FOCK_TERM_T {
   void add(const SPIN_MATRICES_T& densities, SPIN_MATRICES_T& fock, ENERGY_PARTS_T& energy) override {
     const STAGE_TIMER timer(STAGE::xc);
     if (!kept_) {
-      const std::int64_t left = memory_limit_ - geometry_.jk.store_bytes();
+      const std::int64_t left = std::min(memory_limit_, half_of_machine()) - geometry_.jk.store_bytes();
       integrator_.keep_values(static_cast<std::size_t>(std::max<std::int64_t>(left, 0)));
       kept_ = true;
     }

@@ -144,9 +144,9 @@ class LOOP_T {
   void prepare_integrals() {
     const STAGE_TIMER timer(STAGE::integrals_2e);
     const INTEGRALS_2E::JK_MODE_T mode = geometry_.jk.decide_mode(settings_.eri_memory_limit_mb);
-    observer_.integral_mode(mode, geometry_.molecule.unrestricted ? 2 : 1);
     const bool wanted =
         std::any_of(terms_.begin(), terms_.end(), [](const auto& term) { return term->wants_stored_integrals(); });
+    observer_.integral_mode(mode, geometry_.molecule.unrestricted ? 2 : 1, wanted);
     if (mode.conventional && wanted && !geometry_.jk.has_store()) geometry_.jk.fill_store();
   }
 

@@ -24,7 +24,7 @@ using SPIN_MATRICES_T = std::vector<MATRIX>;
 /// Everything of one spin channel, over the run's basis functions.
 struct SPIN_CHANNEL_T {
   int n_occupied = 0;
-  VECTOR occupations;  ///< n_occupied fractions f_i, all 1 except in the shells of an atom
+  VECTOR occupations;  ///< n_occupied fractions f_i, all 1 except in evenly filled shells
   MATRIX density;      ///< g sum_i f_i c_i c_i^T over the occupied orbitals
   MATRIX orbitals;     ///< columns: the occupied ones, then the others, each group in ascending energy
   VECTOR energies;     ///< hartree
@@ -122,7 +122,7 @@ double exact_spin_squared(const std::vector<SPIN_CHANNEL_T>& channels);
 
 /// The terms of a method at a geometry: one-electron part, Coulomb and exchange with the functional's fraction of exact
 /// exchange, and the exchange-correlation part on the geometry's grid for a density functional. Basis-function values on the
-/// grid are kept in what the integral store leaves of `memory_limit_mb`.
+/// grid are kept in what the integral store leaves of `memory_limit_mb`, or of half the machine's memory when that is less.
 std::vector<std::unique_ptr<FOCK_TERM_T>> energy_terms(GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional,
                                                        int memory_limit_mb);
 /// Those of Hartree-Fock.

@@ -26,7 +26,8 @@ class SCF_OBSERVER_T {
   virtual ~SCF_OBSERVER_T() = default;
   virtual void started(const GEOMETRY_DATA_T&, const SCF_START_T&) {}
   virtual void small_overlap_eigenvalue(int /*index*/, double /*value*/) {}
-  virtual void integral_mode(const INTEGRALS_2E::JK_MODE_T&, int /*channels*/) {}
+  virtual void integral_mode(const INTEGRALS_2E::JK_MODE_T&, int /*channels*/,
+                             bool /*wanted: a term reads stored integrals*/) {}
   virtual void table_begins(const SCF_SETTINGS_T&, const std::vector<SPIN_CHANNEL_T>&) {}
   virtual void level_shift_activated() {}
   virtual void starting_orbitals_mixed() {}

@@ -119,9 +119,12 @@ void SCF_PRINTER_T::small_overlap_eigenvalue(int index, double value) {
   fmt::print(report_, "   WARNING: small S eigenvalue {} {:12.4e}\n", index, value);
 }
 
-void SCF_PRINTER_T::integral_mode(const INTEGRALS_2E::JK_MODE_T& mode, int channels) {
+void SCF_PRINTER_T::integral_mode(const INTEGRALS_2E::JK_MODE_T& mode, int channels, bool wanted) {
   INTEGRALS_2E::print_mode(mode, report_);
-  if (mode.conventional) return;
+  if (mode.conventional) {
+    if (!wanted) fmt::print(report_, "     (no exact exchange: nothing is stored, Coulomb matrices are made anew)\n");
+    return;
+  }
   if (channels == 1) {
     fmt::print(report_, "     JK direct: {} OpenMP threads\n", mode.threads);
   } else {

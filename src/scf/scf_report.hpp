@@ -18,7 +18,7 @@ class SCF_PRINTER_T : public SCF_OBSERVER_T {
       : report_(report), functional_(std::move(functional)) {}
   void started(const GEOMETRY_DATA_T& geometry, const SCF_START_T& start) override;
   void small_overlap_eigenvalue(int index, double value) override;
-  void integral_mode(const INTEGRALS_2E::JK_MODE_T& mode, int channels) override;
+  void integral_mode(const INTEGRALS_2E::JK_MODE_T& mode, int channels, bool wanted) override;
   void table_begins(const SCF_SETTINGS_T& settings, const std::vector<SPIN_CHANNEL_T>& channels) override;
   void level_shift_activated() override;
   void starting_orbitals_mixed() override;

@@ -143,7 +143,7 @@ TEST(EnergyReport, GradientJobsEndInSectionSeven) {
        "   SCF energy: ", "   Computing fused 1e gradient (S + T + V_nuc)...\n   Fused 1e gradient done.\n",
        "   Computing 2-electron gradient...\n     ERI gradient: ",
        "   Analytical gradient computed.\n   Computing XC gradient (analytical)...\n",
-       "   %print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n",
+       "\n%print_grad  (Hartree/Bohr)\n   Atom              gX             gY             gZ\n",
        "   Cartesian gradient (Hartree/Bohr):\n     Atom              gX             gY             gZ\n",
        "   Max gradient component: ", "   RMS gradient:           ", " --- Section 7: Output & Properties ---\n",
        "     Total energy:      ", "  Gradient 1e", "  Gradient 2e", "  Gradient DFT"});

@@ -42,7 +42,8 @@ TEST(Mp2Report, SkippedChannelsAndErrors) {
   expect_report("%frozen_core 0\n" + lithium, {"   Alpha-alpha channel...\n", "   Beta-beta: skipped (< 2 corr. beta occ)\n",
                                                "   Alpha-beta channel...\n"});
   expect_report("%method mp2\n%geo\nH 0 0 0\nH 0 0 0.7414\n*end\n", {"   Frozen core (auto): 0 (no core electrons).\n"});
-  expect_stop("%method mp2\n" + helium_block, "   *** MP2 ERROR: no virtual orbitals\n");
+  expect_stop("%method mp2\n" + helium_block,
+              "   MO integrals (ia|jb):       0.0 MB  (pair by pair)\n   *** MP2 ERROR: no virtual orbitals\n");
 }
 
 TEST(Mp2Report, DirectRunsWorkInBatches) {

@@ -67,7 +67,7 @@ TEST(TransitionStateReport, TellsWhatItCannotDo) {
   EXPECT_FALSE(refused.says("computing Hessian"));
   // %print_grad speaks of every step.
   expect_report("%job ts\n%geom_maxiter 2\n%print_grad\n" + isomerisation,
-                {"   %print_grad  (Hartree/Bohr)\n", "   *** Transition-state search NOT converged after 2 steps!\n",
+                {"\n%print_grad  (Hartree/Bohr)\n", "   *** Transition-state search NOT converged after 2 steps!\n",
                  "   Last geometry (Angstrom):\n"},
                 3);
 }

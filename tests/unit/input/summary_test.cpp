@@ -31,10 +31,10 @@ TEST(JobSummary, PlainRun) {
             "   SCF max iter:     150\n"
             "   SCF level shift:  AUTO  (activates 0.2 Ha after 100 non-converged iters)\n"
             "\n"
+            "   -----------------------------------------------\n"
             "   Molecular Geometry (Angstroems):\n"
             "   -----------------------------------------------\n"
             "    Atom      X            Y            Z\n"
-            "   -----------------------------------------------\n"
             "    O      0.0000000    0.0000000   -0.1173000\n"
             "    H      0.0000000    0.7572000    0.4692000\n"
             "   -----------------------------------------------\n");
@@ -72,10 +72,10 @@ TEST(JobSummary, ZmatrixAndScanGrid) {
   EXPECT_THAT(rigid, HasSubstr("   Job type:         Rigid PES Scan\n"));
   EXPECT_THAT(rigid,
               HasSubstr("   Input Z-matrix:\n     H\n     O 1 0.95\n     O 2 1.45 1 102\n     H 3 0.95 2 102 1 116\n"));
-  EXPECT_THAT(rigid, HasSubstr("   Rigid PES scan grid:\n"
+  EXPECT_THAT(rigid, HasSubstr("   --------------------------------------------------------\n"
+                               "   Rigid PES scan grid:\n"
                                "   --------------------------------------------------------\n"
                                "    Var  Row     From       To        Step     Pts  Unit\n"
-                               "   --------------------------------------------------------\n"
                                "    R      2     0.9000     1.1000     0.1000     3  Ang\n"
                                "    D      4     0.0000   180.0000    60.0000     4  deg\n"
                                "   --------------------------------------------------------\n"
