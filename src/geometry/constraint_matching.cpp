@@ -60,7 +60,12 @@ void freeze(COORDINATE_SET_T& set, INTCOORD_T& coordinate, double target) {
   ++set.n_frozen;
 }
 
-/// Freezes the coordinate (both bends of a linear chain); its number among those of its kind, 0 when there is none.
+/// Below this an angle that two linear bends stand for is held as an angle, which leaves the direction of the bend free;
+/// above, its derivative is undefined and the chain is held straight.
+constexpr double held_straight = PI - 0.1 * RADIAN_PER_DEGREE;
+
+/// Freezes the coordinate (both bends of a linear chain); its number among those of its kind, 0 when there is none to
+/// freeze.
 int freeze_existing(COORDINATE_SET_T& set, const CONSTRAINT_T& constraint, const VECTOR& x, double& target) {
   const KIND kind = kind_of(constraint.kind);
   int number = 0;
@@ -74,6 +79,7 @@ int freeze_existing(COORDINATE_SET_T& set, const CONSTRAINT_T& constraint, const
       freeze(set, found, target);
       return number;
     }
+    if (target < held_straight) return 0;
     // Held as it is, a chain keeps its two values; moved to a target, it bends towards the first axis.
     const bool as_it_is = !constraint.target.has_value();
     freeze(set, found, as_it_is ? coordinate_value(found, x) : target);

@@ -331,7 +331,7 @@ COORDINATE_SET_T generate_coordinates(const std::vector<int>& z, const VECTOR& p
 bool still_suited(const COORDINATE_SET_T& set, const VECTOR& positions) {
   for (const INTCOORD_T& c : set.coordinates) {
     if (c.kind == KIND::dihedral && !ends_bent(c, positions)) return false;
-    if (c.kind == KIND::angle && coordinate_value(c, positions) > STILL_AN_ANGLE) return false;
+    if (c.kind == KIND::angle && !c.frozen && coordinate_value(c, positions) > STILL_AN_ANGLE) return false;
     if (c.kind == KIND::linear_bend && angle_at(positions, c.atoms[0], c.atoms[1], c.atoms[2]) < STILL_LINEAR) return false;
   }
   return planar_centres(set, positions, STILL_PYRAMIDAL).empty();

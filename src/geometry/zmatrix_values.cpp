@@ -9,7 +9,7 @@ namespace zentrix::OPTIMIZER {
 namespace {
 
 /// Degrees from a straight angle within which a dihedral through it is rounding noise.
-constexpr double straight = 0.01;
+constexpr double straight = 1e-4;
 
 bool is_straight(double angle) { return std::abs(std::remainder(angle, 180.0)) < straight; }
 

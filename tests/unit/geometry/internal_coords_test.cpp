@@ -220,6 +220,19 @@ TEST(Constraints, AreMatchedInEitherDirectionOrAdded) {
                                                      "   Frozen (constrained):       4\n"));
 }
 
+// Of an angle near the straight line the size alone is held; only the line itself has no direction to leave free.
+TEST(Constraints, NearlyStraightAnglesStayFreeToTurn) {
+  for (const auto& [target, frozen, kind] : {std::tuple{3.07, 1, KIND::angle}, std::tuple{3.1415, 2, KIND::linear_bend}}) {
+    const STRUCTURE_T molecule = sample("acetylene");
+    COORDINATE_SET_T set = coordinates_of(molecule);
+    std::vector<CONSTRAINT_MATCH_T> matches;
+    ASSERT_EQ(apply_constraints({{'A', {3, 1, 2}, target}}, molecule.x, set, matches), 0);
+    EXPECT_EQ(set.n_frozen, frozen);
+    for (const INTCOORD_T& c : set.coordinates) EXPECT_TRUE(!c.frozen || c.kind == kind);
+    EXPECT_TRUE(still_suited(set, molecule.x));
+  }
+}
+
 TEST(Constraints, BadEntriesAreRefused) {
   struct {
     std::string geometry;
