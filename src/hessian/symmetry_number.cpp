@@ -14,8 +14,8 @@ namespace zentrix::VIBRATIONS {
 namespace {
 
 constexpr double first_tolerance = 0.03;  ///< bohr
-/// Two atoms span a plane with the centre when one of them is this far (bohr) from the line through the other.
-constexpr double shortest_arm = 0.3;
+/// Two atoms span a plane with the centre when one of them is that many tolerances from the line through the other.
+constexpr double shortest_arm = 10.0;
 
 using VECTOR3 = Eigen::Vector3d;
 using PERMUTATION_T = std::vector<std::size_t>;  ///< atom i goes where atom [i] is
@@ -44,7 +44,7 @@ class ROTATION_SEARCH_T {
       for (std::size_t b2 = 0; b2 < r_.size(); ++b2) {
         if (!alike(b, b2, tolerance) || std::abs((r_[a] - r_[b]).norm() - (r_[a2] - r_[b2]).norm()) > 2.0 * tolerance)
           continue;
-        if (arm(a2, b2) < 0.5 * shortest_arm) continue;
+        if (arm(a2, b2) < 0.5 * shortest_arm * tolerance) continue;
         const std::optional<PERMUTATION_T> images = permutation(frame(a2, b2) * frame(a, b).transpose(), tolerance);
         if (images) found.insert(*images);
       }
@@ -66,19 +66,24 @@ class ROTATION_SEARCH_T {
     return n;
   }
 
-  /// Distance of atom b from the line through the centre and atom a; 0 when a lies too near the centre to give a line.
-  double arm(std::size_t a, std::size_t b) const {
-    return r_[a].norm() < shortest_arm ? 0.0 : r_[a].cross(r_[b]).norm() / r_[a].norm();
-  }
+  double area(std::size_t a, std::size_t b) const { return r_[a].cross(r_[b]).norm(); }
 
-  /// The pair with the fewest possible images.
+  /// Distance of atom b from the line through the centre and atom a; 0 when a lies at the centre.
+  double arm(std::size_t a, std::size_t b) const { return r_[a].norm() > 0.0 ? area(a, b) / r_[a].norm() : 0.0; }
+
+  /// The pair with the fewest possible images among those with long levers, the farther atom first: the rotation that maps
+  /// two atoms is the less accurate the nearer they are to the centre and to one line.
   std::optional<PAIR_T> reference_pair(double tolerance) const {
     std::vector<std::size_t> n;
-    for (std::size_t i = 0; i < r_.size(); ++i) n.push_back(n_alike(i, tolerance));
+    double largest = 0.0;
+    for (std::size_t i = 0; i < r_.size(); ++i) {
+      n.push_back(n_alike(i, tolerance));
+      for (std::size_t j = 0; j < i; ++j) largest = std::max(largest, area(i, j));
+    }
     std::optional<PAIR_T> best;
     for (std::size_t a = 0; a < r_.size(); ++a) {
       for (std::size_t b = 0; b < r_.size(); ++b) {
-        if (arm(a, b) < shortest_arm) continue;
+        if (arm(a, b) < shortest_arm * tolerance || area(a, b) < 0.5 * largest || r_[a].norm() < r_[b].norm()) continue;
         if (!best || n[a] * n[b] < n[best->first] * n[best->second]) best = PAIR_T{a, b};
       }
     }

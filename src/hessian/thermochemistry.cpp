@@ -51,6 +51,11 @@ void add_vibrations(const VIBRATIONS_T& vibrations, THERMOCHEMISTRY_T& result) {
     result.quasi_harmonic_entropy += oscillator(std::max(quantum, limit), result.temperature).entropy;
     if (quantum < limit) ++result.n_raised;
   }
+  // Vibrations below the limit of translations and rotations: only the quasi-harmonic form can tell their entropy.
+  const int n_rigid = result.rotor == ROTOR::atom ? 3 : result.rotor == ROTOR::linear ? 5 : 6;
+  result.n_soft = std::max(0, vibrations.count(MODE_TYPE::tr) - n_rigid);
+  result.quasi_harmonic_entropy += result.n_soft * oscillator(limit, result.temperature).entropy;
+  result.n_raised += result.n_soft;
   result.n_imaginary = vibrations.count(MODE_TYPE::imaginary);
   result.zero_point_energy = vibrations.zero_point_energy();
 }

@@ -35,6 +35,7 @@ struct THERMOCHEMISTRY_T {
   double quasi_harmonic_entropy = 0.0;  ///< of vibration
   int n_raised = 0;                     ///< vibrations that were raised for it
   int n_imaginary = 0;                  ///< modes left out
+  int n_soft = 0;                       ///< vibrations below TR_THRESHOLD: in the quasi-harmonic entropy alone
   double energy = 0.0;                  ///< electronic, nuclear repulsion included
   double zero_point_energy = 0.0;
 

@@ -139,6 +139,10 @@ void print_thermochemistry(const THERMOCHEMISTRY_T& t, std::ostream& report) {
   if (t.n_imaginary > 0) {
     fmt::print(report, "   NOTE: {} imaginary mode{} left out.\n", t.n_imaginary, t.n_imaginary == 1 ? " is" : "s are");
   }
+  if (t.n_soft > 0) {
+    fmt::print(report, "   NOTE: {} vibration{} below {:.0f} cm^-1 {} left out of the harmonic sums.\n", t.n_soft,
+               t.n_soft == 1 ? "" : "s", TR_THRESHOLD, t.n_soft == 1 ? "is" : "are");
+  }
   fmt::print(report, "\n   {:<14s}{:>16s}{:>16s}{:>16s}\n{}\n", "Motion", "Thermal (Eh)", "Cv cal/(mol K)", "S cal/(mol K)",
              rule);
   print_motion("Translation", t.translation, report);

@@ -195,6 +195,9 @@ TEST(Vibrations, QuasiHarmonicEntropyRaisesSoftModes) {
     return thermochemistry(pair, vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Ones(6), nullptr), 0.0);
   };
   EXPECT_NEAR(with_mode(20.0).quasi_harmonic_entropy, with_mode(100.0).vibration.entropy, 1e-12);
+  // Five of six modes below the limit of rigid motions are these, one is a vibration.
+  EXPECT_EQ(with_mode(5.0).n_soft, 1);
+  EXPECT_NEAR(with_mode(5.0).quasi_harmonic_entropy, with_mode(100.0).vibration.entropy / 6.0, 1e-12);
   EXPECT_NEAR(with_mode(150.0).quasi_harmonic_entropy, with_mode(150.0).vibration.entropy, 1e-15);
 }
 
@@ -230,6 +233,12 @@ TEST(SymmetryNumber, OfKnownShapes) {
       {"C 0 0 0\nC 0 0 1.31\nC 0 0 -1.31\nH 0.93 0 1.87\nH -0.93 0 1.87\nH 0 0.93 -1.87\nH 0 -0.93 -1.87\n", 4},
       {"C 0 0 0.66\nC 0 0 -0.66\nH 0.92 0 1.23\nH -0.92 0 1.23\nH 0.92 0 -1.23\nH -0.92 0 -1.23\n", 4},
       {"C 0 0 0\nH 0.63 0.63 0.63\nF 0.78 -0.78 -0.78\nCl -1.02 1.02 -1.02\nBr -1.12 -1.12 1.12\n", 1},
+      // hardly bent, with the central atom near the centre; a shallow V whose atoms are a little off
+      {"C 0 0 0.05\nO 1.154 0 -0.1\nO -1.154 0 -0.1\n", 2},
+      {"C 0 0 0.002\nO 1.154 0 -0.002\nO -1.154 0 -0.002\n", 2},
+      {"He 0 0.003 0\nHe 1.5 0 0.3\nHe -1.5 0 0.3\nHe 3 0.002 0.6\nHe -3 0 0.602\nHe 4.5 0 0.9\nHe -4.5 0.003 0.9\n"
+       "He 6 0 1.2\nHe -6 0.003 1.2\nHe 7.5 -0.003 1.5\nHe -7.5 0 1.5\n",
+       2},
       // two equal atoms far from a centre heavy enough that only C2 is left
       {"O 0.7 0 -0.05\nO -0.7 0 -0.05\nH 0.9 0.75 0.45\nH -0.9 -0.75 0.45\n", 2}};
   for (const CASE_T& test : cases) {
