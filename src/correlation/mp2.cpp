@@ -29,6 +29,13 @@ MP2_DIMENSIONS_T dimensions_of(const SCF::GEOMETRY_DATA_T& geometry, const SCF::
   return sizes;
 }
 
+double largest_coefficient(const SCF::SCF_RESULT_T& scf) {
+  double largest = 0.0;
+  for (const SCF::SPIN_CHANNEL_T& channel : scf.channels)
+    largest = std::max(largest, channel.orbitals.cwiseAbs().maxCoeff());
+  return largest;
+}
+
 void check(const MP2_DIMENSIONS_T& sizes) {
   const bool restricted = sizes.channels == 1;
   if (std::max(sizes.virtuals[0], sizes.virtuals[1]) == 0)
@@ -92,7 +99,8 @@ void add_batch(const HALF_TRANSFORMED_T& integrals, const PAIR_ORBITALS_T& orbit
 
 MP2_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input, const MOLECULE_T& molecule) {
   // An ion or a high spin state may lack the electrons of a core.
-  const int automatic = std::min(automatic_frozen_core(molecule), molecule.unrestricted ? molecule.n_beta : molecule.n_alpha);
+  const int automatic =
+      std::min(automatic_frozen_core(molecule), molecule.unrestricted ? molecule.n_beta : molecule.n_alpha);
   return {input.frozen_core < 0 ? automatic : input.frozen_core, input.eri_memory_limit_mb};
 }
 
@@ -105,7 +113,7 @@ MP2_RESULT_T mp2_energy(const SCF::GEOMETRY_DATA_T& geometry, const SCF::SCF_RES
   observer.orbitals_counted(sizes);
   if (sizes.channels == 1 && (sizes.virtuals[0] == 0 || sizes.correlated(0) <= 0)) observer.sizes_planned(sizes);
   check(sizes);
-  const INTEGRALS_2E::ERI_PANELS panels = geometry.jk.integral_panels();
+  const INTEGRALS_2E::ERI_PANELS panels = geometry.jk.integral_panels(largest_coefficient(scf));
   const PAIR_ORBITALS_T orbitals = pair_orbitals(panels, scf, geometry.one_electron.s, sizes);
   const auto batches =
       plan(panels, geometry.jk.store_bytes(), static_cast<int>(orbitals.occupied.size()), settings.memory_limit_mb, sizes);

@@ -2,6 +2,8 @@
 
 #include <omp.h>
 
+#include <algorithm>
+
 #include "integrals/coulomb_engine.hpp"
 #include "integrals/eri_store.hpp"
 #include "integrals/integral_panels.hpp"
@@ -20,6 +22,12 @@ MOLECULE_T without_atoms(const MOLECULE_T& molecule) {
   copy.n_spherical = molecule.n_spherical;
   copy.spherical = molecule.spherical;
   return copy;
+}
+
+double largest_element(std::span<const MATRIX> matrices) {
+  double largest = 0.0;
+  for (const MATRIX& matrix : matrices) largest = std::max(largest, matrix.cwiseAbs().maxCoeff());
+  return largest;
 }
 
 }  // namespace
@@ -75,7 +83,7 @@ std::int64_t JK_BUILDER::store_bytes() const { return has_store() ? implementati
 JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MATRIX> for_k, double threshold) const {
   const IMPLEMENTATION& engine = *implementation_;
   JK_RESULT_T result;
-  if (engine.store) {
+  if (engine.store && std::max(largest_element(for_j), largest_element(for_k)) <= LARGEST_STORED_DENSITY) {
     engine.store->contract(engine.pairs, engine.kernels, engine.cartesian(for_j), engine.cartesian(for_k), result.j,
                            result.k);
   } else {
@@ -92,9 +100,13 @@ JK_RESULT_T JK_BUILDER::build(std::span<const MATRIX> for_j, std::span<const MAT
   return result;
 }
 
-ERI_PANELS JK_BUILDER::integral_panels() const {
+ERI_PANELS JK_BUILDER::integral_panels(double largest_coefficient) const {
+  constexpr double harmless = 30.0,
+                   lowest = 1e-15;  // pairs that could only matter below the latter are dropped from the start
   const IMPLEMENTATION& engine = *implementation_;
-  return {engine.functions, engine.pairs, engine.kernels, engine.store.get(), STORE_THRESHOLD};
+  const double excess = std::max(1.0, largest_coefficient / harmless);
+  const double threshold = std::max(lowest, STORE_THRESHOLD / (excess * excess));
+  return {engine.functions, engine.pairs, engine.kernels, excess > 1.0 ? nullptr : engine.store.get(), threshold};
 }
 
 const MATRIX& JK_BUILDER::schwarz() const { return implementation_->pairs.schwarz; }

@@ -20,6 +20,9 @@ inline constexpr double JK_THRESHOLD = 5e-13;
 /// Quartets with Q_ij Q_kl below this are neither counted nor stored; the plain product, as no density is known yet. The
 /// same goal as above.
 inline constexpr double STORE_THRESHOLD = 5e-13;
+/// Densities with a larger element (nearly dependent basis sets) would multiply what the store lacks beyond that goal: their
+/// matrices are built directly, whose screening weighs the density.
+inline constexpr double LARGEST_STORED_DENSITY = 30.0;
 
 /// Whether that many integrals fit into limit_mb x 2^20 bytes; exactly full still fits.
 constexpr bool store_fits(std::int64_t integrals, int limit_mb) {
@@ -73,9 +76,10 @@ class JK_BUILDER {
   /// Schwarz bound of every shell pair, Q_ij = sqrt(max (ij|ij)) over normalised functions; symmetric nshell x nshell.
   [[nodiscard]] const MATRIX& schwarz() const;
 
-  /// The integrals themselves, for transformations: read from the store when it is filled, computed otherwise. Refers to
-  /// this object.
-  [[nodiscard]] ERI_PANELS integral_panels() const;
+  /// The integrals themselves, for transformations to orbitals whose largest coefficient is given: read from the store when
+  /// it is filled, computed otherwise, and computed to a lower threshold when the coefficients are large. Refers to this
+  /// object.
+  [[nodiscard]] ERI_PANELS integral_panels(double largest_coefficient) const;
 
  private:
   struct IMPLEMENTATION;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "linalg/lapack.hpp"
@@ -41,9 +42,11 @@ MATRIX orthogonaliser(const MATRIX& overlap, SCF_OBSERVER_T& observer) {
   if (const int info = symmetric_eigen(overlap, values, vectors); info != 0) {
     throw run_stopped(fmt::format(" *** ERROR dsyev (S^-1/2): info={}", info));
   }
+  // What rounding leaves of a zero.
+  const double noise = static_cast<double>(values.size()) * std::numeric_limits<double>::epsilon() * values.maxCoeff();
   for (Eigen::Index i = 0; i < values.size(); ++i) {
     if (values(i) < small_overlap) observer.small_overlap_eigenvalue(static_cast<int>(i) + 1, values(i));
-    if (!(values(i) > 0.0)) {
+    if (!(values(i) > noise)) {
       throw run_stopped(fmt::format(
           " *** ERROR: S eigenvalue {} is {:.3e}: the basis set is linearly dependent at this geometry.", i + 1, values(i)));
     }

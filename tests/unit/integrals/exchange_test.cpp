@@ -223,6 +223,18 @@ TEST(EXCHANGE, DIFFUSE_FUNCTIONS_FOLLOW_THE_SCALING_LAW) {
   }
 }
 
+// A density of nearly dependent functions: hundred thousand times one of unit size must not multiply what the store lacks.
+TEST(EXCHANGE, LARGE_DENSITIES_DO_NOT_MEET_THE_STORE) {
+  const MOLECULE_T m = chain(6);
+  const MATRIX d[] = {1e5 * decaying_density(m)};
+  JK_BUILDER builder(m);
+  const JK_RESULT_T direct = builder.build(d, d);
+  builder.fill_store();
+  const JK_RESULT_T got = builder.build(d, d);
+  expect_near(got.j.at(0), direct.j.at(0), 1e-9, "J");
+  expect_near(got.k.at(0), direct.k.at(0), 1e-9, "K");
+}
+
 TEST(EXCHANGE, SCHWARZ_BOUNDS_ARE_RIGOROUS) {
   const MOLECULE_T m = samples::mixed_molecule(3, false);
   const MATRIX q = JK_BUILDER(m).schwarz();
