@@ -56,9 +56,8 @@ SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_
                          SCAN_OBSERVER_T& observer, std::ostream& report);
 
 /// Optimised energies at all points, the swept coordinates held at the values of the point and the constraints of the input
-/// at those of its geometry. Every point starts from the optimum
-/// (structure and density) of a neighbour as above, with the swept values replaced; a neighbour that did not converge
-/// hands on what it started from.
+/// at those of its geometry. Every point starts from the optimum (structure and density) of a neighbour as above, with the
+/// swept values replaced; a neighbour that did not converge hands on what it started from.
 SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_MAKER_T& make_surface,
                            OPTIMIZER::OPTIMIZER_OBSERVER_T& optimizer_observer, SCAN_OBSERVER_T& observer,
                            std::ostream& report);

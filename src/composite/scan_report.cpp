@@ -27,9 +27,10 @@ const SCAN_POINT_T* lowest(const std::vector<SCAN_POINT_T>& points) {
   return found;
 }
 
-/// kcal/mol above the minimum.
+/// kcal/mol above the minimum, 0 where no point makes one; not a number for a point without an energy.
 double above(const SCAN_POINT_T& point, const SCAN_POINT_T* minimum) {
-  return minimum == nullptr ? 0.0 * point.energy : (point.energy - minimum->energy) * KCAL_MOL_PER_HARTREE;
+  const double reference = minimum == nullptr ? point.energy : minimum->energy;
+  return (point.energy - reference) * KCAL_MOL_PER_HARTREE;
 }
 
 /// A point that a fault left without an energy says so.

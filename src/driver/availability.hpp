@@ -6,8 +6,8 @@
 #include "input/input_data.hpp"
 #include "molecule/types.hpp"
 
-// What this version cannot serve, as far as no subsystem refuses it by itself. A run asks it before any integral is computed, so that
-// nothing half-runs; a subsystem that arrives removes its line here.
+// What this version cannot serve, as far as no subsystem refuses it by itself. A run asks it before any integral is computed,
+// so that nothing half-runs; a subsystem that arrives removes its line here.
 
 namespace zentrix {
 

@@ -1,5 +1,4 @@
 #include <fmt/ostream.h>
-#include <unistd.h>
 
 #include "correlation/mp2_report.hpp"
 #include "driver/availability.hpp"
@@ -11,6 +10,7 @@
 #include "integrals/boys.hpp"
 #include "molecule/molecule.hpp"
 #include "report/layout.hpp"
+#include "report/machine_memory.hpp"
 #include "report/timing.hpp"
 #include "solvation/activation.hpp"
 #include "solvation/solvents.hpp"
@@ -48,8 +48,7 @@ int refuse_missing(const std::string& feature, std::ostream& report) {
 
 /// Non-zero, after its message, when the matrices do not fit into the machine: the system would end the run without a word.
 int refuse_too_large(const MOLECULE_T& molecule, std::ostream& report) {
-  const double machine =
-      static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+  const double machine = machine_memory() / (1024.0 * 1024.0);
   const double needed = matrices_mb(molecule);
   if (needed <= machine) return 0;
   print_no_memory(molecule.n_basis, needed, machine, report);

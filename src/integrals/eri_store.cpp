@@ -1,12 +1,12 @@
 #include "integrals/eri_store.hpp"
 
 #include <omp.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <new>
 
 #include "integrals/scalar_quartet.hpp"
+#include "report/machine_memory.hpp"
 #include "report/stop.hpp"
 
 namespace zentrix::INTEGRALS_2E {
@@ -94,10 +94,8 @@ QUARTET_INFO_T ERI_STORE_T::quartet(const SHELL_PAIRS_T& data, const STORE_SEGME
 }
 
 void ERI_STORE_T::fill(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels) {
-  const auto machine = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
   try {
-    // The system hands out more than there is and ends the run without a word once it is used.
-    if (sizeof(double) * static_cast<double>(doubles_) > machine) throw std::bad_alloc();
+    if (sizeof(double) * static_cast<double>(doubles_) > machine_memory()) throw std::bad_alloc();
     values_ = ALIGNED_DOUBLES(std::max<std::size_t>(doubles_, 8));
   } catch (const std::bad_alloc&) {
     throw run_stopped(" *** ERROR: Not enough memory for the integral store.\n            Run aborted.");

@@ -1,10 +1,9 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "dft/xc_integrator.hpp"
 #include "molecule/molecule.hpp"
+#include "report/machine_memory.hpp"
 #include "report/timing.hpp"
 #include "scf/incremental_jk.hpp"
 #include "scf/scf.hpp"
@@ -55,9 +54,6 @@ class COULOMB_EXCHANGE_TERM_T : public FOCK_TERM_T {
   double exchange_;  ///< exact-exchange fraction a
 };
 
-/// Values on the grid only save time: they are never to drive the machine into swapping. Bytes.
-std::int64_t half_of_machine() { return static_cast<std::int64_t>(sysconf(_SC_PHYS_PAGES)) / 2 * sysconf(_SC_PAGESIZE); }
-
 class XC_TERM_T : public FOCK_TERM_T {
  public:
   XC_TERM_T(const GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& functional, int memory_limit_mb)
@@ -67,7 +63,9 @@ class XC_TERM_T : public FOCK_TERM_T {
   void add(const SPIN_MATRICES_T& densities, SPIN_MATRICES_T& fock, ENERGY_PARTS_T& energy) override {
     const STAGE_TIMER timer(STAGE::xc);
     if (!kept_) {
-      const std::int64_t left = std::min(memory_limit_, half_of_machine()) - geometry_.jk.store_bytes();
+      // Values on the grid only save time: they are never to drive the machine into swapping.
+      const auto half_of_machine = static_cast<std::int64_t>(0.5 * machine_memory());
+      const std::int64_t left = std::min(memory_limit_, half_of_machine) - geometry_.jk.store_bytes();
       integrator_.keep_values(static_cast<std::size_t>(std::max<std::int64_t>(left, 0)));
       kept_ = true;
     }
