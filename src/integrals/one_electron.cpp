@@ -112,6 +112,7 @@ void fill_block(const TASK_T& task, const SHELL_T& sa, const SHELL_T& sb, WORKSP
   for (std::size_t ia = 0; ia < sa.alpha.size(); ++ia) {
     for (std::size_t ib = 0; ib < sb.alpha.size(); ++ib) {
       const PRIMITIVE_PAIR_T q = primitive_pair(sa, ia, sb, ib, ra, rb);
+      if (q.gauss < NEGLIGIBLE_GAUSS) continue;
       if (task.kind == KIND::attraction) {
         add_attraction(task, q, sa, sb, w);
       } else {

@@ -202,6 +202,7 @@ void add_pair(const MOLECULE_T& molecule, const PAIR_T& pair, WORKSPACE_T& work)
   for (std::size_t ia = 0; ia < pair.sa.alpha.size(); ++ia) {
     for (std::size_t ib = 0; ib < pair.sb.alpha.size(); ++ib) {
       const PRIMITIVE_PAIR_T q = primitive_pair(pair.sa, ia, pair.sb, ib, ra, rb);
+      if (q.gauss < NEGLIGIBLE_GAUSS) continue;
       VECTOR3 nuclei = {};
       const VECTOR3 pulay = overlap_and_kinetic(pair, q);
       const VECTOR3 attracted = attraction(molecule, pair, q, work, nuclei);

@@ -41,6 +41,10 @@ inline void overlap_1d(int la, int lb, double p, double pa, double pb, double s0
   }
 }
 
+/// Pairs of primitives whose Gaussian prefactor is smaller add nothing in double precision: no coefficient, number of nuclei
+/// or power of a distance lifts it near 1e-16.
+inline constexpr double NEGLIGIBLE_GAUSS = 1e-30;
+
 /// One pair of primitives: exponents, weight and the geometry of their product.
 struct PRIMITIVE_PAIR_T {
   double a, b, p;
