@@ -26,7 +26,7 @@ HESSIAN::HESSIAN_IDENTITY_T identity_of(const RUN_T& run) {
   identity.method = run.input.method_as_written;
   identity.basis = run.input.basis;
   identity.ecp = ecp_name(run);
-  identity.unrestricted = run.molecule.unrestricted;
+  identity.spin = run.molecule.unrestricted ? "unrestricted" : "restricted";
   identity.charge = run.molecule.charge;
   identity.multiplicity = run.molecule.multiplicity;
   for (const ATOM_T& atom : run.molecule.atoms) identity.atoms.push_back({atom.z, atom.position});
@@ -48,13 +48,15 @@ void release_store(RUN_T& run) {
 
 }  // namespace
 
-int read_cached_hessian(const RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
+int read_cached_hessian(RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
   fmt::print(report, "   Reading cached Hessian from: {}\n", run.input.read_hess);
   const auto status = static_cast<int>(HESSIAN::read_hessian_file(run.input.read_hess, identity_of(run), hessian, report));
   if (status != 0) {
     fmt::print(report, " *** FATAL: %read_hess validation failed (ierr={}).  Aborting {}.\n", status, purpose);
     return status;
   }
+  HESSIAN::print_unconverged(hessian.unconverged, hessian.hessian.rows(), report);
+  if (hessian.unconverged > 0) run.converged = false;
   hessian.energy = total_energy(run);
   return 0;
 }
@@ -66,13 +68,14 @@ void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream&
   const auto surface = method_surface(run, settings, nullptr);
   HESSIAN::HESSIAN_PRINTER_T progress(report);
   const HESSIAN::NUMERICAL_HESSIAN_T result = HESSIAN::numerical_hessian(*surface, progress);
-  HESSIAN::print_unconverged(result, report);
+  HESSIAN::print_unconverged(result.unconverged, result.hessian.rows(), report);
   if (result.unconverged > 0) run.converged = false;
   run.start = surface->converged_densities();
   hessian.identity = identity_of(run);
   hessian.energy = result.energy;
   hessian.gradient = result.gradient;
   hessian.hessian = result.hessian;
+  hessian.unconverged = result.unconverged;
 }
 
 void save_hessian(const RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {

@@ -12,7 +12,7 @@ namespace zentrix {
 
 /// The Hessian of the file that %read_hess names, with the energy of the run's SCF in place of the file's. Non-zero after
 /// the line that says why it is not the run's; `purpose` ends that line ("frequency analysis").
-[[nodiscard]] int read_cached_hessian(const RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian,
+[[nodiscard]] int read_cached_hessian(RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian,
                                       std::ostream& report);
 
 /// Computes the Hessian, with its energy and gradient, at the run's geometry, starting from the run's SCF where there is

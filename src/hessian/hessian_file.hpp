@@ -24,8 +24,8 @@ struct HESSIAN_IDENTITY_T {
   };
   std::string method;
   std::string basis;
-  std::string ecp;  ///< empty: none
-  bool unrestricted = false;
+  std::string ecp;                  ///< empty: none
+  std::string spin = "restricted";  ///< or "unrestricted"
   int charge = 0;
   int multiplicity = 1;
   std::vector<NUCLEUS_T> atoms;
@@ -38,6 +38,7 @@ struct HESSIAN_FILE_T {
   MATRIX hessian;                ///< 3N x 3N, hartree/bohr^2
   VECTOR frequencies;            ///< cm^-1, imaginary ones negative; empty: none
   MATRIX modes;                  ///< columns; empty: none
+  int unconverged = 0;           ///< SCF runs behind the Hessian that did not converge
 };
 
 /// Statuses of the reader. Each comes after the line that explains it.

@@ -131,14 +131,20 @@ class FILE_PARSER_T {
   static FAULT_T fault(READ_STATUS status, const std::string& text) { return {status, " *** ERROR: " + text}; }
   FAULT_T malformed() const { return fault(READ_STATUS::malformed, name_ + ": malformed Hessian file (parse error)."); }
 
+  /// The integer behind the colon of a header line.
+  static bool header_number(const std::string& line, int& value) {
+    const std::string text = trimmed(line.substr(line.find(':') + 1));
+    return to_integer(text.substr(0, text.find_first_of(" \t")), value);
+  }
+
   /// Reads up to the first line that begins with '$', which is handed on.
   FAULT_T scan_header(std::string& line) {
     int version = 0;
     bool found = false;
     while (reader_.line(line) && (line.empty() || line[0] != '$')) {
-      if (line.empty() || line[0] != '#' || line.find("Format version:") == std::string::npos) continue;
-      const std::string text = trimmed(line.substr(line.find(':') + 1));
-      found = to_integer(text.substr(0, text.find_first_of(" \t")), version);
+      if (line.empty() || line[0] != '#') continue;
+      if (line.find("Format version:") != std::string::npos) found = header_number(line, version);
+      if (line.find("Unconverged:") != std::string::npos) header_number(line, content_.unconverged);
     }
     if (line.empty() || line[0] != '$') line.clear();
     if (!found) return fault(READ_STATUS::no_version, name_ + ": missing \"# Format version:\" header.");
@@ -181,14 +187,7 @@ class FILE_PARSER_T {
     if (lower(content_.identity.ecp) == "none") content_.identity.ecp.clear();
     return result;
   }
-  FAULT_T read_spin() {
-    std::string word;
-    if (read_text(word).status != READ_STATUS::accepted) return malformed();
-    word = lower(word);
-    if (word != "restricted" && word != "unrestricted") return malformed();
-    content_.identity.unrestricted = word == "unrestricted";
-    return {};
-  }
+  FAULT_T read_spin() { return read_text(content_.identity.spin); }
   FAULT_T read_charge() { return read_integer(content_.identity.charge); }
   FAULT_T read_multiplicity() { return read_integer(content_.identity.multiplicity); }
 
@@ -300,7 +299,7 @@ class CONSISTENCY_T {
         [this] { return text("method", file_.method, current_.method, READ_STATUS::other_method); },
         [this] { return text("basis", file_.basis, current_.basis, READ_STATUS::other_basis); },
         [this] { return text("ECP", ecp(file_), ecp(current_), READ_STATUS::other_ecp); },
-        [this] { return text("spin", spin(file_), spin(current_), READ_STATUS::other_spin); },
+        [this] { return text("spin", file_.spin, current_.spin, READ_STATUS::other_spin); },
         [this] { return charge(); },
         [this] { return multiplicity(); }};
     for (const auto& next : checks) {
@@ -315,9 +314,6 @@ class CONSISTENCY_T {
   static std::string ecp(const HESSIAN_IDENTITY_T& identity) {
     const std::string name = trimmed(identity.ecp);
     return name.empty() || lower(name) == "none" ? "none" : name;
-  }
-  static std::string spin(const HESSIAN_IDENTITY_T& identity) {
-    return identity.unrestricted ? "unrestricted" : "restricted";
   }
 
   READ_STATUS atoms() {

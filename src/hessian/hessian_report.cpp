@@ -30,10 +30,10 @@ void HESSIAN_PRINTER_T::coordinate_done(int number, int dimension) {
 
 void HESSIAN_PRINTER_T::complete() { fmt::print(report_, "     Numerical Hessian complete.\n"); }
 
-void print_unconverged(const NUMERICAL_HESSIAN_T& hessian, std::ostream& report) {
-  if (hessian.unconverged == 0) return;
+void print_unconverged(int unconverged, Eigen::Index dimension, std::ostream& report) {
+  if (unconverged == 0) return;
   fmt::print(report, "   *** WARNING: {} of the {} SCF runs did not converge; their gradients were used as they are.\n",
-             hessian.unconverged, 2 * hessian.hessian.rows() + 1);
+             unconverged, 2 * dimension + 1);
 }
 
 void print_stationarity(const VECTOR& gradient, double limit, std::ostream& report) {

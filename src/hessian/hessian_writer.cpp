@@ -37,20 +37,20 @@ std::string ecp_word(const HESSIAN_IDENTITY_T& identity) {
   return name.empty() ? "none" : name;
 }
 
-const char* spin_word(const HESSIAN_IDENTITY_T& identity) { return identity.unrestricted ? "unrestricted" : "restricted"; }
-
-void put_header(BUFFER_T& out, const HESSIAN_IDENTITY_T& identity) {
+void put_header(BUFFER_T& out, const HESSIAN_FILE_T& content) {
+  const HESSIAN_IDENTITY_T& identity = content.identity;
   put(out, "# Zentrix Hessian file\n# Format version: {}\n", FILE_VERSION);
   put(out, "# Generated:      {:%Y-%m-%d %H:%M:%S}\n", fmt::localtime(std::time(nullptr)));
   put(out, "# Method:         {}\n# Basis:          {}\n", trimmed(identity.method), trimmed(identity.basis));
-  put(out, "# ECP:            {}\n# Spin:           {}\n", ecp_word(identity), spin_word(identity));
+  put(out, "# ECP:            {}\n# Spin:           {}\n", ecp_word(identity), identity.spin);
   put(out, "# Charge:         {}\n# Multiplicity:   {}\n", identity.charge, identity.multiplicity);
   put(out, "# Units:          bohr (geometry, gradient), Ha/bohr^2 (Hessian), cm^-1 (frequencies)\n");
+  if (content.unconverged > 0) put(out, "# Unconverged:    {}\n", content.unconverged);
 }
 
 void put_identity(BUFFER_T& out, const HESSIAN_IDENTITY_T& identity) {
   put(out, "\n$method\n{}\n\n$basis\n{}\n", trimmed(identity.method), trimmed(identity.basis));
-  put(out, "\n$ecp\n{}\n\n$spin\n{}\n", ecp_word(identity), spin_word(identity));
+  put(out, "\n$ecp\n{}\n\n$spin\n{}\n", ecp_word(identity), identity.spin);
   put(out, "\n$charge\n{}\n\n$multiplicity\n{}\n", identity.charge, identity.multiplicity);
   put(out, "\n$natoms\n{}\n\n$atoms\n", identity.atoms.size());
   for (const auto& atom : identity.atoms) {
@@ -73,7 +73,7 @@ void put_values(BUFFER_T& out, const VECTOR& values) {
 
 std::string hessian_file_text(const HESSIAN_FILE_T& content) {
   BUFFER_T out;
-  put_header(out, content.identity);
+  put_header(out, content);
   put_identity(out, content.identity);
   const Eigen::Index n = content.hessian.rows();
   put(out, "\n$energy\n{}\n\n$gradient\n", number(content.energy.value()));

@@ -54,8 +54,8 @@ NUMERICAL_HESSIAN_T numerical_hessian(GRADIENTS::ENERGY_SURFACE_T& surface, HESS
 /// divided by 2 h. Tighter ones of the user stay. A run ends as soon as they are met.
 INPUT_PARSER::INPUT_DATA_T settings_for_differences(const INPUT_PARSER::INPUT_DATA_T& input);
 
-/// Notes on a numerical Hessian: SCF runs that did not converge.
-void print_unconverged(const NUMERICAL_HESSIAN_T& hessian, std::ostream& report);
+/// A warning when SCF runs behind a numerical Hessian of so many coordinates did not converge.
+void print_unconverged(int unconverged, Eigen::Index dimension, std::ostream& report);
 /// A note when the largest gradient component exceeds `limit` (hartree/bohr): frequencies belong to stationary points.
 void print_stationarity(const VECTOR& gradient, double limit, std::ostream& report);
 

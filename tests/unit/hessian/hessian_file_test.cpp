@@ -136,7 +136,6 @@ TEST(HessianFile, FaultyFilesAreRefusedWithTheirLine) {
                                  {"$natoms\n3\n", "$natoms\n-3\n"},
                                  {"$charge\n0\n", "$charge\nnone\n"},
                                  {"$frequencies\n9\n", "$frequencies\n99\n"},
-                                 {"$spin\nrestricted", "$spin\nhalf"},
                                  {"2.210000000000E-01", "nan"}})
     expect_refusal(READ_STATUS::malformed, changed(text, from, to),
                    " *** ERROR: w.hess: malformed Hessian file (parse error).\n");
@@ -173,7 +172,8 @@ TEST(HessianFile, MustBelongToTheRun) {
   expect_refusal(READ_STATUS::other_basis, mismatch("basis", "6-31G*", "6-31G"), [](auto& run) { run.basis = "6-31G"; });
   expect_refusal(READ_STATUS::other_ecp, mismatch("ECP", "none", "LANL2DZ"), [](auto& run) { run.ecp = "LANL2DZ"; });
   expect_refusal(READ_STATUS::other_spin, mismatch("spin", "restricted", "unrestricted"),
-                 [](auto& run) { run.unrestricted = true; });
+                 [](auto& run) { run.spin = "unrestricted"; });
+  EXPECT_EQ(read_text(changed(text, "$spin\nrestricted", "$spin\n RHF")).report, mismatch("spin", "RHF", "restricted"));
   expect_refusal(READ_STATUS::other_charge, " *** ERROR: hess_file charge = 0, current charge = -1\n",
                  [](auto& run) { run.charge = -1; });
   expect_refusal(READ_STATUS::other_multiplicity, " *** ERROR: hess_file mult = 1, current mult = 3\n",
