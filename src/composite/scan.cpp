@@ -73,6 +73,15 @@ struct TRACE_T {
   ROWS_T rows;
 };
 
+/// Equal spin densities (elements closer than this) stay equal for ever. Where a run may break their symmetry, a point
+/// behind such a neighbour starts from a guess, which is mixed.
+constexpr double equal_densities = 1e-4;
+
+SCF::SPIN_MATRICES_T start_of(const INPUT_PARSER::INPUT_DATA_T& input, const SCF::SPIN_MATRICES_T& neighbour) {
+  const bool equal = neighbour.size() == 2 && (neighbour[0] - neighbour[1]).cwiseAbs().maxCoeff() < equal_densities;
+  return input.occupation == INPUT_PARSER::OCCUPATION::mix && equal ? SCF::SPIN_MATRICES_T{} : neighbour;
+}
+
 /// The neighbour that a point starts from. Kept for every variable: the last point at which all faster variables stood at
 /// their first value, which is one step back in this variable.
 class NEIGHBOURS_T {
@@ -195,7 +204,7 @@ SCAN_RESULT_T rigid_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFACE_
                          SCAN_OBSERVER_T& observer, std::ostream& report) {
   return walk(input, observer, report, [&](const CARTESIAN_T& positions, SCAN_POINT_T& point, TRACE_T& trace) {
     const auto surface = make_surface(positions);
-    surface->start_from(trace.densities);
+    surface->start_from(start_of(input, trace.densities));
     const GRADIENTS::SURFACE_POINT_T evaluated = surface->energy(positions);
     point.energy = evaluated.energy;
     point.converged = evaluated.converged;
@@ -214,7 +223,7 @@ SCAN_RESULT_T relaxed_scan(const INPUT_PARSER::INPUT_DATA_T& input, const SURFAC
     for (std::size_t v = 0; v < input.scan.size(); ++v)
       settings.constraints[v].target = target_of(input.scan[v], point.values[v], trace.rows);
     const auto surface = make_surface(positions);
-    surface->start_from(trace.densities);
+    surface->start_from(start_of(input, trace.densities));
     const OPTIMIZER::OPTIMIZATION_T optimum = OPTIMIZER::optimize(*surface, settings, optimizer_observer);
     if (optimum.outcome == OPTIMIZER::OUTCOME::refused) return SCAN_STATUS::refused;
     point.energy = optimum.point.energy;

@@ -89,7 +89,7 @@ int core_electrons(const MOLECULE_T& molecule, std::size_t atom) {
 }
 
 /// Alpha and beta density of one atom in the functions of the run; nothing when the atom cannot be computed.
-std::optional<std::array<MATRIX, 2>> atomic_densities(const MOLECULE_T& molecule, std::size_t atom,
+std::optional<std::array<MATRIX, 2>> atomic_densities(const MOLECULE_T& molecule, std::size_t atom, int memory_limit_mb,
                                                       GUESS_OBSERVER_T& observer) {
   const int z = molecule.atoms[atom].z;
   const int n_core = core_electrons(molecule, atom);
@@ -102,6 +102,7 @@ std::optional<std::array<MATRIX, 2>> atomic_densities(const MOLECULE_T& molecule
   settings.energy_tolerance = 1e-7;
   settings.density_tolerance = 1e-5;
   settings.max_iterations = 50;
+  settings.eri_memory_limit_mb = memory_limit_mb;
   settings.atomic_filling.assign(state.filling.begin(), state.filling.end());
   GEOMETRY_DATA_T geometry(alone, INTEGRALS_1E::one_electron_matrices(alone));
   SCF_OBSERVER_T silent;
@@ -142,8 +143,8 @@ double rescale(int electrons, const MATRIX& other, const MATRIX& overlap, MATRIX
 
 }  // namespace
 
-bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, MATRIX& alpha, MATRIX& beta,
-                            GUESS_OBSERVER_T& observer) {
+bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, int memory_limit_mb, MATRIX& alpha,
+                            MATRIX& beta, GUESS_OBSERVER_T& observer) {
   alpha = MATRIX::Zero(molecule.n_basis, molecule.n_basis);
   beta = alpha;
   std::map<int, std::size_t> first_of;  // element -> its first real atom
@@ -153,7 +154,7 @@ bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, M
     const int z = molecule.atoms[a].z;
     const auto [known, is_new] = first_of.emplace(z, a);
     if (is_new) {
-      const auto atomic = atomic_densities(molecule, a, observer);
+      const auto atomic = atomic_densities(molecule, a, memory_limit_mb, observer);
       if (!atomic) {
         observer.atom_failed(z);
         return false;
@@ -173,14 +174,15 @@ bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, M
   return true;
 }
 
-SCF_START_T initial_guess(const MOLECULE_T& molecule, const MATRIX& overlap, GUESS wish, GUESS_OBSERVER_T& observer) {
+SCF_START_T initial_guess(const MOLECULE_T& molecule, const MATRIX& overlap, GUESS wish, int memory_limit_mb,
+                          GUESS_OBSERVER_T& observer) {
   SCF_START_T start;
   const bool sad = wish == GUESS::sad || (wish == GUESS::automatic && molecule.unrestricted);
   if (!sad) return start;
   observer.building_sad();
   MATRIX alpha;
   MATRIX beta;
-  if (!superposition_of_atoms(molecule, overlap, alpha, beta, observer)) {
+  if (!superposition_of_atoms(molecule, overlap, memory_limit_mb, alpha, beta, observer)) {
     observer.sad_unavailable();
     return start;
   }

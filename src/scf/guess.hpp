@@ -34,14 +34,14 @@ class GUESS_OBSERVER_T {
 
 /// The start of a run without a previous density. Restricted runs take the core Hamiltonian unless `sad` is asked for,
 /// unrestricted ones the superposition of atomic densities unless `core` is. A superposition that cannot be built falls back
-/// to the core Hamiltonian.
-SCF_START_T initial_guess(const MOLECULE_T& molecule, const MATRIX& overlap, INPUT_PARSER::GUESS wish,
+/// to the core Hamiltonian. The atoms' runs keep their integrals in memory within the limit.
+SCF_START_T initial_guess(const MOLECULE_T& molecule, const MATRIX& overlap, INPUT_PARSER::GUESS wish, int memory_limit_mb,
                           GUESS_OBSERVER_T& observer);
 
 /// Superposition of atomic densities (J. H. Van Lenthe et al., J. Comput. Chem. 27 (2006) 926): one spin-unrestricted run
 /// per element in its ground state with spherically averaged open shells, its two densities on every atom of the element,
 /// each spin scaled to the molecule's electron count. True on success; `alpha` and `beta` are n_basis x n_basis.
-[[nodiscard]] bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, MATRIX& alpha, MATRIX& beta,
-                                          GUESS_OBSERVER_T& observer);
+[[nodiscard]] bool superposition_of_atoms(const MOLECULE_T& molecule, const MATRIX& overlap, int memory_limit_mb,
+                                          MATRIX& alpha, MATRIX& beta, GUESS_OBSERVER_T& observer);
 
 }  // namespace zentrix::SCF

@@ -17,6 +17,8 @@ constexpr double equal_weight = 1e-6;
 
 /// A newly occupied orbital whose part inside the previous occupied space is shorter than this has come in by a swap.
 constexpr double swap_overlap = 0.5;
+/// A spin whose orbitals still swap after so many mixings is not helped by another: the run would go in circles.
+constexpr int most_mixings = 3;
 
 void fill_lowest(SPIN_CHANNEL_T& channel) { channel.occupations = VECTOR::Ones(channel.n_occupied); }
 
@@ -128,20 +130,30 @@ class LOWEST_T : public OCCUPATION_RULE_T {
 /// Besley, P. M. W. Gill, J. Phys. Chem. A 112 (2008) 13164), by the user's setting.
 class CONTROLLED_T : public OCCUPATION_RULE_T {
  public:
-  CONTROLLED_T(OCCUPATION mode, bool mix_start, int first_reference, const MATRIX& overlap, SCF_OBSERVER_T& observer)
-      : mode_(mode), mix_start_(mix_start), first_reference_(first_reference), overlap_(overlap), observer_(observer) {}
+  /// `followed`: densities whose orbitals are followed from the start; may be empty.
+  CONTROLLED_T(OCCUPATION mode, bool mix_start, int first_reference, const SPIN_MATRICES_T& followed, const MATRIX& overlap,
+               SCF_OBSERVER_T& observer)
+      : mode_(mode),
+        mix_start_(mix_start),
+        first_reference_{first_reference, first_reference},
+        overlap_(overlap),
+        observer_(observer) {
+    for (std::size_t spin = 0; spin < followed.size(); ++spin) space_[spin] = overlap * followed[spin] * overlap;
+  }
 
   bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) override {
     bool restart = false;
     // The spins start from opposite ends: in a singlet with two degenerate orbitals each gets its own, the lower state.
     const bool aligned = align_open_shell(spin == 0, channel);
-    if (previous_[spin].cols() > 0) {
+    if (space_[spin].size() > 0 && channel.n_occupied > 0) {
       const bool follow = mode_ == OCCUPATION::mom || (mode_ == OCCUPATION::automatic && iteration <= MOM_ITERATIONS);
-      const VECTOR projection = (previous_[spin].transpose() * (overlap_ * channel.orbitals)).colwise().norm();
+      const MATRIX& c = channel.orbitals;
+      const VECTOR projection = c.cwiseProduct(space_[spin] * c).colwise().sum().cwiseMax(0.0).cwiseSqrt();
       if (follow) {
         follow_overlap(projection, spin, channel);
       } else {
         restart = check_swap(projection, spin, channel);
+        if (restart) first_reference_[spin] = iteration + MOM_ITERATIONS;
       }
     }
     if (mix_start_ && !aligned && iteration == 1 && spin == 1 && mix_frontier(channel)) {
@@ -149,7 +161,12 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
       restart = true;  // the entry of the symmetric guess, whose error may be zero, would bring the symmetry back
     }
     fill_lowest(channel);
-    if (iteration >= first_reference_) previous_[spin] = channel.orbitals.leftCols(channel.n_occupied);
+    if (iteration < first_reference_[spin]) {
+      space_[spin].resize(0, 0);
+    } else {
+      const MATRIX occupied = overlap_ * channel.orbitals.leftCols(channel.n_occupied);
+      space_[spin] = occupied * occupied.transpose();
+    }
     return restart;
   }
 
@@ -170,21 +187,23 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
   bool check_swap(const VECTOR& projection, std::size_t spin, SPIN_CHANNEL_T& channel) {
     const double smallest = projection.head(channel.n_occupied).minCoeff();
     if (smallest >= swap_overlap) return false;
-    if (mode_ != OCCUPATION::mix) {
+    if (mode_ != OCCUPATION::mix || mixings_[spin] == most_mixings) {
       observer_.swap_followed(spin, smallest);
       return false;
     }
     if (!mix_frontier(channel)) return false;
+    ++mixings_[spin];
     observer_.swap_mixed();
     return true;
   }
 
   OCCUPATION mode_;
   bool mix_start_;
-  int first_reference_;  ///< the first iteration whose orbitals are worth following
+  std::array<int, 2> first_reference_;  ///< the first iteration whose orbitals are worth following
   const MATRIX& overlap_;
   SCF_OBSERVER_T& observer_;
-  std::array<MATRIX, 2> previous_;
+  std::array<int, 2> mixings_ = {};  ///< at swaps
+  std::array<MATRIX, 2> space_;      ///< S D S of each spin, D of the occupied orbitals to be followed
 };
 
 /// An atom in spherical functions: every angular momentum fills its own shells, all 2l + 1 components alike, so that the
@@ -229,18 +248,24 @@ class ATOMIC_T : public OCCUPATION_RULE_T {
 
 }  // namespace
 
+bool starts_mixed(const MOLECULE_T& molecule, const SCF_SETTINGS_T& settings, const SCF_START_T& start) {
+  return molecule.unrestricted && settings.occupation == OCCUPATION::mix && molecule.n_alpha == molecule.n_beta &&
+         !start.from_converged_run;
+}
+
 std::unique_ptr<OCCUPATION_RULE_T> make_occupation_rule(const MOLECULE_T& molecule, const SCF_SETTINGS_T& settings,
                                                         const SCF_START_T& start, const MATRIX& overlap,
                                                         SCF_OBSERVER_T& observer) {
   if (!settings.atomic_filling.empty()) return std::make_unique<ATOMIC_T>(molecule, settings.atomic_filling);
   if (!molecule.unrestricted) return std::make_unique<LOWEST_T>(molecule.n_alpha);
-  // A singlet that may break its spin symmetry needs a start that has broken it.
-  const bool mix_start =
-      settings.occupation == OCCUPATION::mix && molecule.n_alpha == molecule.n_beta && !start.from_converged_run;
   // The orbitals of a guess and of its first Fock matrix may be ordered wrongly: holding on to them would lead to an excited
-  // state. Those of a finished run are to be followed from the start.
-  const int first_reference = start.from_converged_run ? 1 : 2;
-  return std::make_unique<CONTROLLED_T>(settings.occupation, mix_start, first_reference, overlap, observer);
+  // state; what becomes of mixed ones takes some iterations to show. Those of a finished run are to be followed from the
+  // start.
+  const bool mixed = starts_mixed(molecule, settings, start);
+  const int first_reference = start.from_converged_run ? 1 : mixed ? 1 + MOM_ITERATIONS : 2;
+  const bool follow = settings.occupation == OCCUPATION::mom && start.from_converged_run;
+  return std::make_unique<CONTROLLED_T>(settings.occupation, mixed, first_reference,
+                                        follow ? start.densities : SPIN_MATRICES_T{}, overlap, observer);
 }
 
 }  // namespace zentrix::SCF

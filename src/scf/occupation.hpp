@@ -17,6 +17,10 @@ class OCCUPATION_RULE_T {
   [[nodiscard]] virtual bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) = 0;
 };
 
+/// Whether the beta HOMO and LUMO of the start are to be mixed: a singlet that may break its spin symmetry needs a start
+/// that has broken it.
+bool starts_mixed(const MOLECULE_T& molecule, const SCF_SETTINGS_T& settings, const SCF_START_T& start);
+
 /// The rule of a run: fractional shells of an atom when the settings name them; lowest orbitals for one channel; one of the
 /// four controls of unrestricted runs for two. `overlap` and `observer` must outlive the rule.
 std::unique_ptr<OCCUPATION_RULE_T> make_occupation_rule(const MOLECULE_T& molecule, const SCF_SETTINGS_T& settings,

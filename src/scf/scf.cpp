@@ -28,7 +28,8 @@ constexpr int oscillation_entries = 4;
 constexpr double oscillation_nearness = 1.0;
 constexpr double oscillation_rise = 5.0;
 /// A run is led downhill wholly above the upper and not at all below the lower value of |g| (of one channel): a poor start
-/// at first, later any that has not come near a stationary point.
+/// at first, later any that has not come near a stationary point. A singlet whose spin symmetry was broken by hand is led
+/// like a late one from the start, because DIIS by itself finds the way back to the symmetric saddle.
 struct DESCENT_T {
   double none, all;
 };
@@ -115,6 +116,9 @@ class LOOP_T {
       result_.iterations = iteration;
       result_.converged = convergence.test(row, settings_, observer_);
     }
+    if (settings_.damping > 0.0) {  // the damped density served the iterations; the result is that of the orbitals
+      for (SPIN_CHANNEL_T& channel : result_.channels) channel.density = density_of(channel, result_.occupation);
+    }
     result_.s_squared = spin_squared(result_.channels, geometry_.one_electron.s);
     observer_.finished(result_, settings_, row);
     return std::move(result_);
@@ -131,6 +135,7 @@ class LOOP_T {
     result_.channels[0].n_occupied = molecule.n_alpha;
     if (molecule.unrestricted) result_.channels[1].n_occupied = molecule.n_beta;
     observer_.table_begins(settings_, result_.channels);
+    if (starts_mixed(molecule, settings_, start)) descent_ = late_descent;
     rule_ = make_occupation_rule(molecule, settings_, start, geometry_.one_electron.s, observer_);
     for (std::size_t s = 0; s < result_.channels.size(); ++s) {
       SPIN_CHANNEL_T& channel = result_.channels[s];
@@ -214,7 +219,7 @@ class LOOP_T {
 
   /// Weight of the energy-directed interpolation beside DIIS, which extrapolates well only near a stationary point.
   double descent_share(const SCF_ROW_T& row) const {
-    const DESCENT_T& descent = row.iteration > late_after ? late_descent : early_descent;
+    const DESCENT_T& descent = row.iteration > late_after ? late_descent : descent_;
     // Two channels with half the density each have a norm smaller by sqrt 2 than the one of the same closed shell.
     const double gradient = row.gradient * std::sqrt(static_cast<double>(result_.channels.size()));
     return std::clamp((gradient - descent.none) / (descent.all - descent.none), 0.0, 1.0);
@@ -248,6 +253,7 @@ class LOOP_T {
   SCF_OBSERVER_T& observer_;
   DIIS_T diis_;
   SHIFT_STATE_T shift_;
+  DESCENT_T descent_ = early_descent;
   std::unique_ptr<OCCUPATION_RULE_T> rule_;
   MATRIX x_;
   SCF_RESULT_T result_;

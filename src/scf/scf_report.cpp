@@ -6,6 +6,7 @@
 #include <string>
 
 #include "constants/elements.hpp"
+#include "report/layout.hpp"
 
 namespace zentrix::SCF {
 namespace {
@@ -289,7 +290,8 @@ void GUESS_PRINTER_T::pre_convergence_ends(const SCF_RESULT_T& result) {
 void print_grid_heading(std::ostream& report) { fmt::print(report, "\n --- Building DFT integration grid ---\n"); }
 
 void print_spin(const SCF_RESULT_T& result, std::ostream& report) {
-  fmt::print(report, "   <S**2> = {:.8f}   (exact = {:.6f})\n", result.s_squared, exact_spin_squared(result.channels));
+  fmt::print(report, "   <S**2> = {:.8f}   (exact = {:.6f})\n", without_minus_zero(result.s_squared, 8),
+             exact_spin_squared(result.channels));
 }
 
 void print_orbital_energies(const SPIN_CHANNEL_T& channel, std::ostream& report) {

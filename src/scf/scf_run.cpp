@@ -61,7 +61,8 @@ SCF_RESULT_T run_method(GEOMETRY_DATA_T& geometry, const DFT::FUNCTIONAL_T& func
     start.guess_name = "previous density";
     start.from_converged_run = true;
   } else {
-    start = initial_guess(geometry.molecule, geometry.one_electron.s, input.initial_guess, *observer);
+    start =
+        initial_guess(geometry.molecule, geometry.one_electron.s, input.initial_guess, input.eri_memory_limit_mb, *observer);
     observer->guess_made(start);
     if (functional.functional_class == DFT::FUNCTIONAL_CLASS::meta_gga && !geometry.molecule.unrestricted) {
       start = pre_converge(geometry, input, start, *observer, report);

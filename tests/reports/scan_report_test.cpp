@@ -90,6 +90,18 @@ TEST(ScanReport, RelaxedScanOfTheWaterAngle) {
                  "   --- scanopt point 2: E = ", "  Relaxed PES scan -- summary\n"});
 }
 
+// Spin symmetry breaks at every point where that lowers the energy, also behind a neighbour that has not broken it.
+TEST(ScanReport, MixedStartsDoNotDependOnTheDirection) {
+  const auto scan = [](const std::string& values) {
+    return run_scan("%job scan\n%spin uhf\n%uks_occupation mix\n%gz\nH\nH 1 0.75\n*end\n%scan\nR 2 " + values + "\n*end\n")
+        .rows;
+  };
+  const auto up = scan("0.75 2.75 1.0"), down = scan("2.75 0.75 1.0");
+  ASSERT_EQ(up.size(), 3U);
+  ASSERT_EQ(down.size(), 3U);
+  for (std::size_t p = 0; p < 3; ++p) EXPECT_NEAR(up[p][1], down[2 - p][1], 1e-7);
+}
+
 // An angle past the straight line is its mirror image with the dihedral half a turn on: both ways of writing a structure
 // scan alike, and the nitrogen of an imine is inverted through it.
 TEST(ScanReport, AnglesPastTheStraightLine) {

@@ -25,7 +25,7 @@ REFERENCE_T hartree_fock(const MOLECULE_T& molecule, int memory_limit_mb = 4096)
   REFERENCE_T reference{{molecule, INTEGRALS_1E::one_electron_matrices(molecule)}, {}};
   SCF::GUESS_OBSERVER_T quiet;
   const SCF::SCF_START_T start =
-      SCF::initial_guess(molecule, reference.geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, quiet);
+      SCF::initial_guess(molecule, reference.geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, 1000, quiet);
   SCF::SCF_SETTINGS_T settings;
   settings.energy_tolerance = 1e-10;
   settings.density_tolerance = 1e-8;

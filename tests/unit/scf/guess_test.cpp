@@ -51,7 +51,7 @@ GUESS_T guess_of(MOLECULE_T molecule, GUESS wish) {
   out.overlap = INTEGRALS_1E::overlap(out.molecule);
   std::ostringstream report;
   GUESS_PRINTER_T printer(report);
-  out.start = initial_guess(out.molecule, out.overlap, wish, printer);
+  out.start = initial_guess(out.molecule, out.overlap, wish, 1000, printer);
   out.report = report.str();
   return out;
 }

@@ -34,7 +34,7 @@ inline RUN_T run(const MOLECULE_T& molecule, const RUN_OPTIONS_T& options = {}) 
   GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
   if (!functional.is_hartree_fock()) geometry.grid = DFT_GRID::build_grid(molecule, options.grid, report);
   GUESS_OBSERVER_T quiet;
-  const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, options.guess, quiet);
+  const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, options.guess, 1000, quiet);
   SCF_PRINTER_T printer(report);
   RUN_T out;
   out.scf = run_scf(geometry, energy_terms(geometry, functional, 1000), options.settings, start, printer);
