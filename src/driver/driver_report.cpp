@@ -41,7 +41,8 @@ void print_help(std::ostream& report) {
              "\n"
              "Environment: OMP_NUM_THREADS         number of threads\n"
              "             ZENTRIX                 folder that holds basis_data/\n"
-             "             ZENTRIX_PRINT_MATRICES  when set, the one-electron matrices are printed\n");
+             "             ZENTRIX_PRINT_MATRICES  when set, the one-electron matrices are printed\n"
+             "             ZENTRIX_ISA             baseline, avx2 or avx512: the fastest kernels that may be used\n");
 }
 
 void print_threads(int threads, std::ostream& report) {

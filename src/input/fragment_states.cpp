@@ -78,7 +78,7 @@ int settle_fragment_states(INPUT_DATA_T& input, std::ostream& report) {
     const auto [multiplicity, is_default] = input.fragment_multiplicity.emplace(fragment, odd ? 2 : 1);
     if (const int error = check_electrons(fragment, count, multiplicity->second, report); error != 0) return error;
     if (odd && is_default) {
-      fmt::print(report, "   NOTE: fragment {} has {} electrons and is computed as a doublet.\n", fragment, count);
+      fmt::print(report, "   NOTE: fragment {} has an odd number of electrons and is computed as a doublet.\n", fragment);
     }
   }
   return check_spins(input, report);

@@ -42,9 +42,11 @@ DATA_STATUS find_element(std::istream& file, int z) {
   if (z < 1) return DATA_STATUS::no_element;
   bool at_block_start = true;
   for (std::string line; std::getline(file, line);) {
-    if (line.compare(0, 4, "****") == 0) {
+    const std::size_t first = line.find_first_not_of(" \t");
+    if (first == std::string::npos || line[0] == '!') continue;
+    if (line.compare(first, 4, "****") == 0) {
       at_block_start = true;
-    } else if (at_block_start && !(line.empty() || line[0] == '!')) {
+    } else if (at_block_start) {
       const std::vector<std::string> found = words(line);
       if (found.empty()) continue;
       if (atomic_number(found[0]) == z) return DATA_STATUS::ok;

@@ -82,7 +82,9 @@ TEST(Fragments, ChargesAndMultiplicities) {
     std::string note;
   };
   const CASE_T cases[] = {
-      {"%mult 2\n", {{0, 2}, {0, 1}, {0, 1}}, "   NOTE: fragment 1 has 3 electrons and is computed as a doublet.\n"},
+      {"%mult 2\n",
+       {{0, 2}, {0, 1}, {0, 1}},
+       "   NOTE: fragment 1 has an odd number of electrons and is computed as a doublet.\n"},
       {"%charge 1\n%charge 1=+1\n", {{1, 1}, {0, 1}, {0, 1}}, ""},
       {"%charge 1\n%charge 2=0\n%charge 3=0\n", {{1, 1}, {0, 1}, {0, 1}}, ""},  // the only one left has the rest
       {"%charge 1\n%charge 1=1\n%mult 3\n%mult 3=3\n", {{1, 1}, {0, 1}, {0, 3}}, ""},
