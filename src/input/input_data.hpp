@@ -137,6 +137,9 @@ struct INPUT_DATA_T {
   std::map<int, int> fragment_multiplicity;  ///< the same
   std::vector<SCAN_VARIABLE_T> scan;
   std::vector<CONSTRAINT_T> constraints;
+
+  /// Whether a continuum solvent is asked for.
+  bool solvated() const { return solvent_given || eps_given || pcm_given; }
 };
 
 /// Name of the basis set that element z uses.

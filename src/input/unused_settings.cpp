@@ -1,6 +1,7 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include "constants/elements.hpp"
 #include "input/input_checks.hpp"
@@ -39,7 +40,6 @@ void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report) {
   const bool moves = optimises || searches || job == JOB::scanopt;
   const bool hessian = searches || job == JOB::freq || job == JOB::opt_freq;
   const bool sections = job != JOB::scan && job != JOB::scanopt && job != JOB::bsse;
-  const bool solvated = input.solvent_given || input.eps_given || input.pcm_given;
   const SETTING_T settings[] = {
       {"read_hess", !input.read_hess.empty(), searches || optimises || job == JOB::freq},
       {"ts_mode", input.ts_mode > 0, searches},
@@ -52,10 +52,10 @@ void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report) {
       {"print_mo", input.print_mo, sections},
       {"export_mo", input.export_mo, sections},
       {"print_grad", input.print_grad, moves || job == JOB::gradient},
-      {"pcm_lebedev", input.pcm_lebedev != usual.pcm_lebedev, solvated},
-      {"pcm_scaling", input.pcm_scaling != usual.pcm_scaling, solvated},
-      {"pcm_switch", input.pcm_switch != usual.pcm_switch, solvated},
-      {"pcm_grad_method", input.pcm_grad_method != usual.pcm_grad_method, solvated},
+      {"pcm_lebedev", input.pcm_lebedev != usual.pcm_lebedev, input.solvated()},
+      {"pcm_scaling", input.pcm_scaling != usual.pcm_scaling, input.solvated()},
+      {"pcm_switch", input.pcm_switch != usual.pcm_switch, input.solvated()},
+      {"pcm_grad_method", input.pcm_grad_method != usual.pcm_grad_method, input.solvated()},
   };
   for (const SETTING_T& setting : settings)
     if (setting.changed && !setting.used)
@@ -64,6 +64,11 @@ void warn_unused_settings(const INPUT_DATA_T& input, std::ostream& report) {
   if (input.grad_tol != usual.grad_tol && moves && !cartesian) {
     fmt::print(report, "   NOTE: %grad_tol sets the limits of the Cartesian optimizer (%opt_coord cart);\n");
     fmt::print(report, "         other searches have fixed ones.\n");
+  }
+  const std::int64_t least = std::int64_t{input.scf_min_iter} + input.scf_n_converged;
+  if (input.scf_maxiter < least) {
+    fmt::print(report, "   *** WARNING: no SCF can converge in %scf_maxiter {} iterations: it takes {} at least.\n",
+               input.scf_maxiter, least);
   }
   warn_absent_elements(input, input.element_basis, "basis", report);
   warn_absent_elements(input, input.element_ecp, "ecp", report);

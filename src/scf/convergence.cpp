@@ -10,6 +10,13 @@ constexpr double jump = 1e-3;
 /// The soft test allows this many times the energy tolerance.
 constexpr double soft_factor = 100.0;
 
+/// With damping d the density goes only 1 - d of the way that its orbitals ask for; the whole way is what is judged.
+SCF_ROW_T without_damping(SCF_ROW_T row, double damping) {
+  row.energy_change /= 1.0 - damping;
+  row.density_change /= 1.0 - damping;
+  return row;
+}
+
 }  // namespace
 
 bool CONVERGENCE_T::hard(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings) {
@@ -27,13 +34,14 @@ bool CONVERGENCE_T::soft(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings) {
 }
 
 bool CONVERGENCE_T::test(const SCF_ROW_T& row, const SCF_SETTINGS_T& settings, SCF_OBSERVER_T& observer) {
-  if (hard(row, settings)) return true;
-  if (soft_end_ && soft(row, settings)) {
+  const SCF_ROW_T whole = without_damping(row, settings.damping);
+  if (hard(whole, settings)) return true;
+  if (soft_end_ && soft(whole, settings)) {
     observer.soft_convergence(row);
     return true;
   }
-  const bool energy = std::abs(row.energy_change) < settings.energy_tolerance;
-  const bool others = row.density_change < settings.density_tolerance && row.gradient < settings.gradient_tolerance;
+  const bool energy = std::abs(whole.energy_change) < settings.energy_tolerance;
+  const bool others = whole.density_change < settings.density_tolerance && row.gradient < settings.gradient_tolerance;
   if (energy && !others) observer.energy_only_convergence(row);
   if (energy && std::abs(previous_change_) > jump && row.iteration > settings.min_iterations) {
     observer.energy_jump(row, previous_change_);

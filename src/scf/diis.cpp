@@ -117,6 +117,7 @@ DIIS_T::OUTCOME_T DIIS_T::extrapolate(SPIN_MATRICES_T& fock) {
     const double ratio = condition_ratio(b);
     if (outcome.pruned == 0 || ratio > condition_max_) outcome.ratio = ratio;
     if (ratio <= condition_max_ || outcome.pruned >= max_pruned || size() < 2) break;
+    if (size() == 2) go_between_opposed(b, fock);
     entries_.pop_front();
     ++outcome.pruned;
     b = bordered_matrix();
@@ -130,6 +131,13 @@ DIIS_T::OUTCOME_T DIIS_T::extrapolate(SPIN_MATRICES_T& fock) {
   combine(solution.head(m), fock);
   outcome.extrapolated = true;
   return outcome;
+}
+
+void DIIS_T::go_between_opposed(const MATRIX& b, SPIN_MATRICES_T& fock) const {
+  if (b(0, 1) >= 0.0) return;
+  VECTOR weights(2);
+  weights << b(1, 1) - b(0, 1), b(0, 0) - b(0, 1);
+  combine(weights / weights.sum(), fock);
 }
 
 bool DIIS_T::interpolate(SPIN_MATRICES_T& fock) const {

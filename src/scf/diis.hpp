@@ -30,7 +30,8 @@ class DIIS_T {
     double ratio = 0.0;         ///< last condition ratio seen before the subspace was accepted or given up
   };
   /// Replaces `fock` by sum c_i F_i. Entries are dropped, oldest first, while the condition ratio of the errors' inner
-  /// products exceeds the limit. A singular system leaves the newest Fock matrices.
+  /// products exceeds the limit. A singular system leaves the newest Fock matrices, and so does a last pair whose errors are
+  /// multiples of one matrix, unless they are opposed.
   OUTCOME_T extrapolate(SPIN_MATRICES_T& fock);
 
   /// Replaces `fock` by sum c_i F_i with c_i >= 0, sum c_i = 1 that minimise the energy to second order about the newest
@@ -49,6 +50,10 @@ class DIIS_T {
     std::vector<VECTOR> density;
     std::vector<VECTOR> error;
   };
+  /// Errors that are multiples of one matrix (two functions alone, as in H2) are one vector to the guard. Between two
+  /// opposed ones lies the stationary point; an iteration without extrapolation passes over it, in a long bond by more each
+  /// time.
+  void go_between_opposed(const MATRIX& b, SPIN_MATRICES_T& fock) const;
   void combine(const VECTOR& coefficients, SPIN_MATRICES_T& fock) const;
 
   double condition_max_;

@@ -131,9 +131,10 @@ class LOWEST_T : public OCCUPATION_RULE_T {
 class CONTROLLED_T : public OCCUPATION_RULE_T {
  public:
   /// `followed`: densities whose orbitals are followed from the start; may be empty.
-  CONTROLLED_T(OCCUPATION mode, bool mix_start, int first_reference, const SPIN_MATRICES_T& followed, const MATRIX& overlap,
-               SCF_OBSERVER_T& observer)
+  CONTROLLED_T(OCCUPATION mode, std::array<int, 2> electrons, bool mix_start, int first_reference,
+               const SPIN_MATRICES_T& followed, const MATRIX& overlap, SCF_OBSERVER_T& observer)
       : mode_(mode),
+        electrons_(electrons),
         mix_start_(mix_start),
         first_reference_{first_reference, first_reference},
         overlap_(overlap),
@@ -142,6 +143,9 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
   }
 
   bool occupy(int iteration, std::size_t spin, SPIN_CHANNEL_T& channel) override {
+    channel.n_occupied = electrons_[spin];
+    // As in a restricted run: a choice in the guess breaks a symmetry that a level shift never gives back.
+    if (iteration == 0 && spread_over_open_shell(channel)) return false;
     bool restart = false;
     // The spins start from opposite ends: in a singlet with two degenerate orbitals each gets its own, the lower state.
     const bool aligned = align_open_shell(spin == 0, channel);
@@ -198,6 +202,7 @@ class CONTROLLED_T : public OCCUPATION_RULE_T {
   }
 
   OCCUPATION mode_;
+  std::array<int, 2> electrons_;
   bool mix_start_;
   std::array<int, 2> first_reference_;  ///< the first iteration whose orbitals are worth following
   const MATRIX& overlap_;
@@ -264,8 +269,8 @@ std::unique_ptr<OCCUPATION_RULE_T> make_occupation_rule(const MOLECULE_T& molecu
   const bool mixed = starts_mixed(molecule, settings, start);
   const int first_reference = start.from_converged_run ? 1 : mixed ? 1 + MOM_ITERATIONS : 2;
   const bool follow = settings.occupation == OCCUPATION::mom && start.from_converged_run;
-  return std::make_unique<CONTROLLED_T>(settings.occupation, mixed, first_reference,
-                                        follow ? start.densities : SPIN_MATRICES_T{}, overlap, observer);
+  return std::make_unique<CONTROLLED_T>(settings.occupation, std::array{molecule.n_alpha, molecule.n_beta}, mixed,
+                                        first_reference, follow ? start.densities : SPIN_MATRICES_T{}, overlap, observer);
 }
 
 }  // namespace zentrix::SCF

@@ -21,11 +21,10 @@ namespace {
 using INPUT_PARSER::LEVEL_SHIFT;
 
 constexpr double small_overlap = 1e-8;
-/// The guard against oscillation acts with more stored entries than this, once |g| is within this factor of its tolerance,
-/// when max(dP) grows by more than this factor. Further away a large step is no harm: along the flat directions of open d
-/// shells a fresh start of DIIS undoes ten iterations each time.
+/// The guard against oscillation acts with more stored entries than this, once |g| is below its tolerance, when max(dP)
+/// grows by more than this factor. Further away a large step is no harm: along the flat directions of open d shells a fresh
+/// start of DIIS undoes ten iterations each time.
 constexpr int oscillation_entries = 4;
-constexpr double oscillation_nearness = 1.0;
 constexpr double oscillation_rise = 5.0;
 /// A run is led downhill wholly above the upper and not at all below the lower value of |g| (of one channel): a poor start
 /// at first, later any that has not come near a stationary point. A singlet whose spin symmetry was broken by hand is led
@@ -103,7 +102,7 @@ class LOOP_T {
   SCF_RESULT_T run(const SCF_START_T& start) {
     set_up(start);
     SCF_ROW_T row;
-    double previous_energy = 9.99e9;
+    double previous_energy = 9.99e9;  // there is none: the first change is too large to pass for convergence
     double previous_density_change = 0.0;
     CONVERGENCE_T convergence(result_.channels.size() == 2);
     for (int iteration = 1; iteration <= settings_.max_iterations && !result_.converged; ++iteration) {
@@ -228,7 +227,7 @@ class LOOP_T {
   /// Near convergence a sudden rise of the density change means that old entries of the history mislead the extrapolation.
   void guard_against_oscillation(const SCF_ROW_T& row, double previous_density_change) {
     if (result_.channels.size() < 2 || !row.extrapolated || diis_.size() <= oscillation_entries) return;
-    const bool near = row.gradient < oscillation_nearness * settings_.gradient_tolerance;
+    const bool near = row.gradient < settings_.gradient_tolerance;
     const bool rise = row.density_change > oscillation_rise * std::max(previous_density_change, settings_.density_tolerance);
     if (!near || !rise) return;
     diis_.reset();
@@ -260,6 +259,12 @@ class LOOP_T {
 };
 
 }  // namespace
+
+SPIN_MATRICES_T SCF_RESULT_T::densities() const {
+  SPIN_MATRICES_T result;
+  for (const SPIN_CHANNEL_T& channel : channels) result.push_back(channel.density);
+  return result;
+}
 
 MATRIX SCF_RESULT_T::total_density() const {
   MATRIX total = channels[0].density;

@@ -44,8 +44,9 @@ struct SCF_RESULT_T {
   double occupation = 2.0;  ///< g: 2 for the one channel of a closed shell, 1 for each of two
   std::vector<SPIN_CHANNEL_T> channels;
   ENERGY_PARTS_T energy;
-  double s_squared = 0.0;  ///< <S^2> of the determinant; 0 for one channel
-  MATRIX total_density() const;
+  double s_squared = 0.0;             ///< <S^2> of the determinant; 0 for one channel
+  SPIN_MATRICES_T densities() const;  ///< one per channel
+  MATRIX total_density() const;       ///< their sum
   bool unrestricted() const { return channels.size() == 2; }
 };
 
@@ -53,7 +54,7 @@ struct SCF_RESULT_T {
 inline constexpr double AUTOMATIC_SHIFT = 0.2;
 inline constexpr int AUTOMATIC_SHIFT_AFTER = 100;
 
-/// The oscillation-free end of an unrestricted run: the orbital gradient has stayed below its tolerance this long.
+/// An unrestricted run also ends when its orbital gradient has stayed below its tolerance this long.
 inline constexpr int SOFT_ITERATIONS = 12;
 /// Iterations of the automatic occupation control that follow the largest overlap.
 inline constexpr int MOM_ITERATIONS = 5;

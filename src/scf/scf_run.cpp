@@ -35,7 +35,7 @@ SCF_START_T pre_converge(GEOMETRY_DATA_T& geometry, const INPUT_PARSER::INPUT_DA
   const SCF_RESULT_T result = run_functional(geometry, pbe, input, guess, report);
   observer.pre_convergence_ends(result);
   SCF_START_T start;
-  for (const SPIN_CHANNEL_T& channel : result.channels) start.densities.push_back(channel.density);
+  start.densities = result.densities();
   start.guess_name = "PBE pre-converged density";
   start.from_converged_run = true;
   return start;

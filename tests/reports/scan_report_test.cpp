@@ -41,8 +41,9 @@ TEST(ScanReport, WaterBendingOnTheMp2Surface) {
        " " + line + "\n Scan point 1\n " + line + "\n", "   SCF converged in ", "   MP2 correlation:    ",
        "   MP2 total:          ", "   --- scan point 1: E = ", "         var 1 (A): 95.0000 deg\n", " Scan point 2\n",
        "   Initial Fock matrix:       previous density\n", "   --- scan point 4: E = ", "  Rigid PES scan -- summary\n",
-       "   Point      A(deg)         E(Ha)       dE(kcal/mol)\n", "       4     125.0000   ", "   Minimum energy:  ",
-       "     at var 1 (A) = 105.0000 deg\n", "   Scan points written to: run.scan\n", "  Zentrix run completed.\n"});
+       "   Point      A(deg)         E(Ha)       dE(kcal/mol)\n   -----   ----------   ----------------   ------------\n",
+       "       4     125.0000   ", "   Minimum energy:  ", "     at var 1 (A) = 105.0000 deg\n",
+       "   Scan points written to: run.scan\n", "  Zentrix run completed.\n"});
   const PROGRAM_RUN_T single = run_program_in_folder("%method mp2\n%basis 6-31G*\n" + water("115"));
   EXPECT_NEAR(run.number("   --- scan point 3: E = "), single.number("     Total energy:      "), 1e-7);
 }
@@ -83,11 +84,12 @@ TEST(ScanReport, FailuresAreMarkedOrEndTheJob) {
   EXPECT_EQ(coincident.rows.size(), 2U);
 }
 
-TEST(ScanReport, RelaxedScanOfTheWaterAngle) {
-  expect_report("%job scanopt\n" + water("104.5") + "%scan\nA 3 from 95 to 105 step 10\n*end\n",
-                {"  Relaxed PES scan\n", " Scanopt point 1\n", "   (constrained optimization)\n", "  MOLECULE SUMMARY\n",
-                 "   --- scanopt point 1: E = ", " opt steps)\n         var 1 (A): 95.0000 deg\n", " Scanopt point 2\n",
-                 "   --- scanopt point 2: E = ", "  Relaxed PES scan -- summary\n"});
+// The two functions of H2 leave DIIS nothing to extrapolate with, and plain iterations diverge where the bond is long.
+TEST(ScanReport, StretchedBondOfTwoFunctions) {
+  const auto rows = run_scan("%job scan\n%basis STO-3G\n%gz\nH\nH 1 3\n*end\n%scan\nR 2 3 6 1\n*end\n").rows;
+  ASSERT_EQ(rows.size(), 4U);
+  const double expected[] = {-0.65604825, -0.61486998, -0.59902487, -0.58997142};
+  for (std::size_t p = 0; p < 4; ++p) EXPECT_NEAR(rows[p][1], expected[p], 1e-7);
 }
 
 // Spin symmetry breaks at every point where that lowers the energy, also behind a neighbour that has not broken it.
@@ -136,8 +138,11 @@ TEST(ScanReport, AFaultInsideAPointIsItsFailure) {
 // The distance of the hydrogen atoms is no Z-matrix value: the torsion would carry it along.
 TEST(ScanReport, ConstraintsOfARelaxedScan) {
   const std::string added = "   ADDED (R = 4.546859 bohr)\n";
-  const PROGRAM_RUN_T held = expect_report(
-      "%job scanopt\n" + peroxide + "%scan\nD 4 100 120 10\n*end\n%constrain\nB 3 4\nB 2 1\n*end\n", {added, added, added});
+  const PROGRAM_RUN_T held =
+      expect_report("%job scanopt\n" + peroxide + "%scan\nD 4 100 120 10\n*end\n%constrain\nB 3 4\nB 2 1\n*end\n",
+                    {"  Relaxed PES scan\n", " Scanopt point 1\n", "   (constrained optimization)\n", "  MOLECULE SUMMARY\n",
+                     added, "   --- scanopt point 1: E = ", " opt steps)\n         var 1 (D): 100.0000 deg\n",
+                     " Scanopt point 2\n", added, "   --- scanopt point 2: E = ", added, "  Relaxed PES scan -- summary\n"});
   for (std::size_t at = held.report.find(added); at != std::string::npos; at = held.report.find(added, at + 1)) {
     // The coordinates of atoms 3 and 4 in the last geometry before the end of the point.
     std::istringstream rows(

@@ -39,6 +39,8 @@ TEST(InputFile, TextThatIsNotUsedIsQuoted) {
       {"method b3lyp\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: line outside any block is ignored: method b3lyp\n"},
       {"%geo\nHe 0 0 0\n*end\n%scan\nR 2 1 2 0.1\n*end\n", "   *** WARNING: the %scan block is not used by this job.\n"},
       {"%read_hess a.hess\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %read_hess is not used by this job.\n"},
+      {"%scf_maxiter 6\n%geo\nHe 0 0 0\n*end\n",
+       "   *** WARNING: no SCF can converge in %scf_maxiter 6 iterations: it takes 7 at least.\n"},
       {"%job freq\n%ts_mode 2\n%geo\nHe 0 0 0\n*end\n", "   *** WARNING: %ts_mode is not used by this job.\n"},
       {"%geom_maxiter 9\n%basis Br=STO-3G\n%pcm_lebedev 50\n%geo\nHe 0 0 0\n*end\n",
        "   *** WARNING: %geom_maxiter is not used by this job.\n"

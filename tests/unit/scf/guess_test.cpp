@@ -70,7 +70,6 @@ TEST(SAD_GUESS, DependsOnSpinTreatmentAndWish) {
   ASSERT_EQ(automatic.start.densities.size(), 2U);
   for (const MATRIX& density : automatic.start.densities)
     EXPECT_NEAR(density.cwiseProduct(automatic.overlap).sum(), 5.0, 1e-9);
-  EXPECT_THAT(automatic.report, HasSubstr("   SAD atomic UHF: Z=8  nelec=8  nalpha=5  nbeta=3  (mult=3)\n"));
 }
 
 TEST(SAD_GUESS, GivesAtomsTheirOwnEnergyAndASphericalDensity) {

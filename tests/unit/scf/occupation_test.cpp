@@ -170,6 +170,13 @@ TEST(OCCUPATION_CONTROL, GuessFillsADegenerateShellEvenly) {
   const std::string nitrogen = "N 0 0 0\nN 0 0 2.0\n";
   EXPECT_NEAR(guessed_energy(nitrogen, false, "cc-pVDZ"),
               guessed_energy(nitrogen, false, "cc-pVDZ", INPUT_PARSER::GUESS::sad), 1e-7);
+  // A level shift would hold on to the choice in triplet oxygen, 0.24 hartree higher.
+  const MOLECULE_T oxygen = TESTS::sample_molecule("O 0 0 0\nO 0 0 1.21\n", "6-31G", {0, 3, false});
+  RUN_OPTIONS_T options;
+  options.guess = INPUT_PARSER::GUESS::core;
+  options.settings.level_shift_mode = INPUT_PARSER::LEVEL_SHIFT::fixed;
+  options.settings.level_shift = 0.5;
+  EXPECT_NEAR(run(oxygen, options).scf.energy.total(), run(oxygen).scf.energy.total(), 1e-6);
 }
 
 }  // namespace

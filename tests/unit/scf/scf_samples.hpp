@@ -10,7 +10,7 @@
 #include "scf/scf_report.hpp"
 #include "support/molecules.hpp"
 
-// One run of the SCF from a molecule to its energy, as the tests of the loop want it.
+// One run of the SCF from a molecule to its energy, as the tests of the loop and of what follows it want it.
 
 namespace zentrix::SCF::samples {
 
@@ -22,6 +22,7 @@ struct RUN_OPTIONS_T {
 };
 
 struct RUN_T {
+  GEOMETRY_DATA_T geometry;
   SCF_RESULT_T scf;
   std::string report;      ///< what the loop said
   double electrons = 0.0;  ///< integral of the density over the grid of a density functional
@@ -31,16 +32,15 @@ inline RUN_T run(const MOLECULE_T& molecule, const RUN_OPTIONS_T& options = {}) 
   std::ostringstream report;
   DFT::FUNCTIONAL_T functional;
   EXPECT_EQ(DFT::set_up_functional(options.method, functional, report), 0);
-  GEOMETRY_DATA_T geometry(molecule, INTEGRALS_1E::one_electron_matrices(molecule));
-  if (!functional.is_hartree_fock()) geometry.grid = DFT_GRID::build_grid(molecule, options.grid, report);
+  RUN_T out{{molecule, INTEGRALS_1E::one_electron_matrices(molecule)}, {}, {}, 0.0};
+  if (!functional.is_hartree_fock()) out.geometry.grid = DFT_GRID::build_grid(molecule, options.grid, report);
   GUESS_OBSERVER_T quiet;
-  const SCF_START_T start = initial_guess(molecule, geometry.one_electron.s, options.guess, 1000, quiet);
+  const SCF_START_T start = initial_guess(molecule, out.geometry.one_electron.s, options.guess, 1000, quiet);
   SCF_PRINTER_T printer(report);
-  RUN_T out;
-  out.scf = run_scf(geometry, energy_terms(geometry, functional, 1000), options.settings, start, printer);
+  out.scf = run_scf(out.geometry, energy_terms(out.geometry, functional, 1000), options.settings, start, printer);
   out.report = report.str();
   if (!functional.is_hartree_fock())
-    out.electrons = DFT::integrate_density(molecule, geometry.grid, out.scf.total_density());
+    out.electrons = DFT::integrate_density(molecule, out.geometry.grid, out.scf.total_density());
   return out;
 }
 
