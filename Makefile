@@ -19,7 +19,7 @@ CONFIGURE = cmake -S . -G Ninja -DCMAKE_BUILD_TYPE=Release
 SANITIZED_TARGETS = zentrix test_input test_molecule test_report test_dft test_dispersion test_solvation test_driver \
                     test_reports fuzz_readers test_integrals test_scf test_correlation test_composite
 SANITIZED_LABELS  = ^(input|molecule|report|dft|dispersion|solvation|driver|reports|fuzz|integrals|scf|correlation|composite)$$
-SANITIZED_EXCEPT  = HARTREE_FOCK_GRID|DFT_GRID_OF|ForEveryElement|H_SHELLS|NEGLECTED|jk_accuracy|MP2.Agrees|Counterpoise.EnergiesOf|EveryPointOfAn|SymmetricStarts
+SANITIZED_EXCEPT  = HARTREE_FOCK_GRID|DFT_GRID_OF|ForEveryElement|H_SHELLS|NEGLECTED|MP2.Agrees|Counterpoise.EnergiesOf|EveryPointOfAn|SymmetricStarts
 
 .PHONY: all run test test-release test-sanitize bench install format tidy clean packages test-packages bench-packages
 

@@ -36,22 +36,26 @@ double largest_coefficient(const SCF::SCF_RESULT_T& scf) {
   return largest;
 }
 
-void check(const MP2_DIMENSIONS_T& sizes) {
-  const bool restricted = sizes.channels == 1;
-  if (std::max(sizes.virtuals[0], sizes.virtuals[1]) == 0)
-    throw run_stopped(restricted ? "   *** MP2 ERROR: no virtual orbitals" : "   *** UMP2 ERROR: no virtual orbitals");
-  if (restricted && sizes.correlated(0) <= 0) throw run_stopped("   *** MP2 ERROR: no correlated occupied orbitals");
-  if (!restricted && (sizes.correlated(0) <= 0 || sizes.correlated(1) < 0))
+/// A closed shell tells its memory first, zero where there is nothing to do.
+void check_closed_shell(const MP2_DIMENSIONS_T& sizes) {
+  if (sizes.virtuals[0] == 0) throw run_stopped("   *** MP2 ERROR: no virtual orbitals");
+  if (sizes.correlated(0) <= 0) throw run_stopped("   *** MP2 ERROR: no correlated occupied orbitals");
+}
+
+void check_open_shell(const MP2_DIMENSIONS_T& sizes) {
+  if (std::max(sizes.virtuals[0], sizes.virtuals[1]) == 0) throw run_stopped("   *** UMP2 ERROR: no virtual orbitals");
+  if (sizes.correlated(0) <= 0 || sizes.correlated(1) < 0)
     throw run_stopped("   *** UMP2 ERROR: invalid correlated occupation");
 }
 
-/// Plans the batches and fills in what the report says about memory.
+/// Plans the batches and fills in what the report says about memory: nothing when no orbital takes part.
 std::vector<OCCUPIED_BATCH_T> plan(const INTEGRALS_2E::ERI_PANELS& panels, std::int64_t store_bytes, int n_occupied,
                                    int limit_mb, MP2_DIMENSIONS_T& sizes) {
   const std::int64_t limit = static_cast<std::int64_t>(limit_mb) * 1024 * 1024;
   std::vector<OCCUPIED_BATCH_T> batches =
       occupied_batches(n_occupied, panels.n_components(), std::max(limit - store_bytes, limit / smallest_share));
   sizes.stored = panels.stored();
+  if (batches.empty()) return batches;
   sizes.batches = static_cast<int>(batches.size());
   for (const OCCUPIED_BATCH_T& batch : batches)
     sizes.half_transformed = std::max(sizes.half_transformed, half_transformed_bytes(batch, panels.n_components()));
@@ -111,13 +115,13 @@ MP2_RESULT_T mp2_energy(const SCF::GEOMETRY_DATA_T& geometry, const SCF::SCF_RES
   result.unrestricted = scf.unrestricted();
   result.s_squared = scf.s_squared;
   observer.orbitals_counted(sizes);
-  if (sizes.channels == 1 && (sizes.virtuals[0] == 0 || sizes.correlated(0) <= 0)) observer.sizes_planned(sizes);
-  check(sizes);
+  if (result.unrestricted) check_open_shell(sizes);
   const INTEGRALS_2E::ERI_PANELS panels = geometry.jk.integral_panels(largest_coefficient(scf));
   const PAIR_ORBITALS_T orbitals = pair_orbitals(panels, scf, geometry.one_electron.s, sizes);
   const auto batches =
       plan(panels, geometry.jk.store_bytes(), static_cast<int>(orbitals.occupied.size()), settings.memory_limit_mb, sizes);
   observer.sizes_planned(sizes);
+  if (!result.unrestricted) check_closed_shell(sizes);
   observer.batches_planned(sizes);
   for (std::size_t n = 0; n < batches.size(); ++n) {
     observer.half_transformation(sizes, static_cast<int>(n));

@@ -51,8 +51,8 @@ class MP2_OBSERVER_T {
  public:
   virtual ~MP2_OBSERVER_T() = default;
   virtual void orbitals_counted(const MP2_DIMENSIONS_T&) {}
-  virtual void sizes_planned(const MP2_DIMENSIONS_T&) {}
-  virtual void batches_planned(const MP2_DIMENSIONS_T&) {}
+  virtual void sizes_planned(const MP2_DIMENSIONS_T&) {}    ///< once, with the memory; then a closed shell may stop
+  virtual void batches_planned(const MP2_DIMENSIONS_T&) {}  ///< the work begins
   virtual void half_transformation(const MP2_DIMENSIONS_T&, int /*batch*/) {}
   virtual void pair_energies(const MP2_DIMENSIONS_T&, int /*batch*/) {}
   virtual void finished(const MP2_DIMENSIONS_T&, const MP2_RESULT_T&) {}

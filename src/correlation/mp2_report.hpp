@@ -7,7 +7,7 @@
 
 namespace zentrix::CORRELATION {
 
-/// The observer that writes the report of an MP2 or UMP2 energy: dimensions, steps, channel energies, errors.
+/// The observer that writes the report of an MP2 or UMP2 energy: dimensions, steps, channel energies.
 class MP2_PRINTER_T : public MP2_OBSERVER_T {
  public:
   explicit MP2_PRINTER_T(std::ostream& report) : report_(report) {}

@@ -67,18 +67,15 @@ void print_missing_angular_rule(int points, std::ostream& report) {
              FALLBACK_ANGULAR_POINTS);
 }
 
-void print_summary(const GRID_LEVEL_T& level, std::size_t points, std::ostream& report) {
+void print_grid(const MOLECULAR_GRID_T& grid, std::ostream& report) {
+  const GRID_LEVEL_T& level = grid_level(grid.level);
   fmt::print(report, "   Grid               : {}\n", level.name);
   fmt::print(report, "   Radial scheme      : {}\n", radial_scheme_text(level));
   fmt::print(report, "   Radial points/atom : {}\n", radial_points_text(level));
   fmt::print(report, "   Angular scheme     : {}\n", angular_scheme_text(level));
   fmt::print(report, "   Angular sizes      : {}\n", fmt::join(angular_zones(level, CARBON).sizes, " / "));
   fmt::print(report, "   Becke size adj.    : {}\n", size_adjustment_text(level.size_adjustment));
-  fmt::print(report, "   Grid points (total): {}\n", points);
-}
-
-void print_grid(const MOLECULAR_GRID_T& grid, std::ostream& report) {
-  print_summary(grid_level(grid.level), grid.size(), report);
+  fmt::print(report, "   Grid points (total): {}\n", grid.size());
 }
 
 }  // namespace zentrix::DFT_GRID

@@ -35,7 +35,7 @@ std::string missing_for_input(const INPUT_PARSER::INPUT_DATA_T& input, const DFT
     return fmt::format("%job {} with %method {}", INPUT_PARSER::job_word(input.job), functional.name);
   if (input.pump2) return "%pump2";
   if (input.dispersion == "D4") return fmt::format("%dispersion {}", input.dispersion);
-  if (input.solvent_given || input.eps_given || input.pcm_given) return "continuum solvation (%solvent, %eps, %pcm)";
+  if (input.solvated()) return "continuum solvation (%solvent, %eps, %pcm)";
   return missing_for_hessian(input);
 }
 

@@ -13,7 +13,7 @@ using SECTION = int (*)(RUN_T& run, std::ostream& report);
 
 struct JOB_ROW_T {
   INPUT_PARSER::JOB job = INPUT_PARSER::JOB::energy;
-  std::vector<SECTION> sections;  ///< empty: this version does not have the job
+  std::vector<SECTION> sections;
 };
 
 /// One row per job word.

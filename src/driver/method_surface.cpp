@@ -16,13 +16,7 @@ std::unique_ptr<GRADIENTS::SCF_SURFACE_T> method_surface(const RUN_T& run, const
   } else {
     surface = std::make_unique<GRADIENTS::SCF_SURFACE_T>(settings, run.functional, run.molecule, report);
   }
-  if (run.scf.converged) {
-    SCF::SPIN_MATRICES_T densities;
-    for (const SCF::SPIN_CHANNEL_T& channel : run.scf.channels) densities.push_back(channel.density);
-    surface->start_from(densities);
-  } else {
-    surface->start_from(run.start);
-  }
+  surface->start_from(run.scf.converged ? run.scf.densities() : run.start);
   for (const auto& term : run.nuclear_terms) surface->add_term(*term);
   return surface;
 }

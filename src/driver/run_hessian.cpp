@@ -41,11 +41,6 @@ double total_energy(const RUN_T& run) {
   return energy;
 }
 
-/// The integral store of the finished SCF; the displaced runs need the room for theirs.
-void release_store(RUN_T& run) {
-  if (run.geometry) run.geometry->jk = INTEGRALS_2E::JK_BUILDER(run.geometry->molecule);
-}
-
 }  // namespace
 
 int read_cached_hessian(RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
@@ -63,7 +58,7 @@ int read_cached_hessian(RUN_T& run, const char* purpose, HESSIAN::HESSIAN_FILE_T
 
 void compute_hessian(RUN_T& run, HESSIAN::HESSIAN_FILE_T& hessian, std::ostream& report) {
   fmt::print(report, "   Method: Numerical Hessian (gradient FD)\n");
-  release_store(run);
+  if (run.geometry) run.geometry->jk.drop_store();  // the displaced runs need the room for theirs
   const INPUT_PARSER::INPUT_DATA_T settings = HESSIAN::settings_for_differences(run.input);
   const auto surface = method_surface(run, settings, nullptr);
   HESSIAN::HESSIAN_PRINTER_T progress(report);

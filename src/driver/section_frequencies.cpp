@@ -3,6 +3,7 @@
 #include "driver/interrupts.hpp"
 #include "driver/run_hessian.hpp"
 #include "driver/sections.hpp"
+#include "hessian/vibration_report.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
 
@@ -20,6 +21,7 @@ int section_frequencies(RUN_T& run, std::ostream& report) {
     return status;
   }
   if (const int status = analyse_hessian(run, hessian, computed, report); status != 0) return status;
+  if (run.optimized) VIBRATIONS::print_minimum_verdict(hessian.frequencies, report);
   fmt::print(report, "   Section 6 time: {:.2f} s\n", timer_wall(STAGE::total) - start);
   return 0;
 }

@@ -5,6 +5,7 @@
 #include "driver/moving_geometry.hpp"
 #include "driver/sections.hpp"
 #include "geometry/optimizer.hpp"
+#include "geometry/optimizer_report.hpp"
 #include "report/layout.hpp"
 #include "report/timing.hpp"
 
@@ -16,7 +17,7 @@ int section_optimization(RUN_T& run, std::ostream& report) {
   {
     const STAGE_TIMER timer(STAGE::optimizer);
     const auto surface = method_surface(run, &report);
-    OPTIMIZATION_PRINTER_T printer(run, report);
+    KEEPS_GEOMETRY_T<OPTIMIZER::OPTIMIZER_PRINTER_T> printer(run.molecule, run.input.zmatrix, report);
     const OPTIMIZER::OPTIMIZATION_T result = OPTIMIZER::optimize(*surface, OPTIMIZER::settings_from(run.input), printer);
     if (result.outcome == OPTIMIZER::OUTCOME::refused) return 1;
     if (result.outcome != OPTIMIZER::OUTCOME::converged) run.converged = false;

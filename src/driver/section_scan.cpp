@@ -7,6 +7,7 @@
 #include "driver/method_surface.hpp"
 #include "driver/moving_geometry.hpp"
 #include "driver/sections.hpp"
+#include "geometry/optimizer_report.hpp"
 #include "molecule/molecule.hpp"
 #include "report/side_files.hpp"
 #include "report/timing.hpp"
@@ -63,7 +64,7 @@ int section_relaxed_scan(RUN_T& run, std::ostream& report) {
   set_run_phase("the relaxed scan");
   COMPOSITE::print_scan_header(run.input.scan, true, report);
   COMPOSITE::SCAN_PRINTER_T printer(run.input.scan, true, report);
-  OPTIMIZATION_PRINTER_T optimizer_printer(run, report);
+  KEEPS_GEOMETRY_T<OPTIMIZER::OPTIMIZER_PRINTER_T> optimizer_printer(run.molecule, run.input.zmatrix, report);
   const STAGE_TIMER timer(STAGE::optimizer);
   return finish(run, COMPOSITE::relaxed_scan(run.input, surface_maker(run, report), optimizer_printer, printer, report),
                 true, report);

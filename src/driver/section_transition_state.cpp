@@ -35,25 +35,11 @@ bool mode_exists(const RUN_T& run, std::ostream& report) {
   return 0;
 }
 
-/// Keeps the geometry in hand for an interruption as well.
-class PRINTER_T : public TRANSITION_STATE::SADDLE_PRINTER_T {
- public:
-  PRINTER_T(const RUN_T& run, std::ostream& report)
-      : SADDLE_PRINTER_T(run.molecule, report), symbols_(INTERNAL_COORDS::symbols_of(run.molecule)) {}
-  void evaluating(int step, const VECTOR& positions) override {
-    keep_for_interruption(symbols_, positions);
-    SADDLE_PRINTER_T::evaluating(step, positions);
-  }
-
- private:
-  std::vector<std::string> symbols_;
-};
-
 /// Searches, and leaves the run at the structure found.
 [[nodiscard]] int search(RUN_T& run, const MATRIX& hessian, std::ostream& report) {
   const STAGE_TIMER timer(STAGE::optimizer);
   const auto surface = method_surface(run, &report);
-  PRINTER_T printer(run, report);
+  KEEPS_GEOMETRY_T<TRANSITION_STATE::SADDLE_PRINTER_T> printer(run.molecule, report);
   const TRANSITION_STATE::SADDLE_POINT_T found =
       TRANSITION_STATE::find_saddle(*surface, hessian, TRANSITION_STATE::settings_from(run.input), printer);
   if (found.outcome == TRANSITION_STATE::OUTCOME::refused) return 1;

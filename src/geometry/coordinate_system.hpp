@@ -29,7 +29,6 @@ class COORDINATE_SYSTEM_T {
   virtual bool curved() const { return true; }
   /// Positions after the coordinates have changed by dq.
   virtual VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const = 0;
-  virtual MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const = 0;
   /// What a change of a coordinate counts in the length of a step.
   virtual VECTOR weights() const = 0;
   virtual std::vector<HELD_T> held() const { return {}; }
@@ -51,7 +50,8 @@ class INTERNAL_SYSTEM_T : public COORDINATE_SYSTEM_T {
   VECTOR difference(const VECTOR& a, const VECTOR& b) const override;
   MATRIX b_matrix(const VECTOR& positions) const override;
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override;
-  MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override;
+  /// Where an optimisation may start from.
+  MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const;
   /// The dihedrals around one bond turn together, so they count as one.
   VECTOR weights() const override;
   std::vector<HELD_T> held() const override;
@@ -74,7 +74,8 @@ class CARTESIAN_SYSTEM_T : public COORDINATE_SYSTEM_T {
   MATRIX b_matrix(const VECTOR& positions) const override;
   bool curved() const override { return false; }
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override { return positions + dq; }
-  MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override;
+  /// Where an optimisation may start from.
+  MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const;
   VECTOR weights() const override { return VECTOR::Ones(3 * static_cast<Eigen::Index>(z_.size())); }
 
  private:

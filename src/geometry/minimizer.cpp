@@ -29,9 +29,9 @@ class MINIMIZER_T {
               const OPTIMIZER_SETTINGS_T& settings, OPTIMIZER_OBSERVER_T& observer)
       : surface_(surface), system_(system), thresholds_(thresholds), settings_(settings), observer_(observer) {}
 
-  OPTIMIZATION_T run() {
+  OPTIMIZATION_T run(const MATRIX& hessian) {
     VECTOR x = GRADIENTS::positions_of(surface_.molecule());
-    hessian_ = system_.model_hessian(x, settings_.initial_hessian);
+    hessian_ = hessian;
     result_.outcome = OUTCOME::step_limit;
     for (int step = 1; step <= settings_.max_steps; ++step) {
       if (!evaluate(step, x)) break;
@@ -83,9 +83,8 @@ class MINIMIZER_T {
   }
 
   STEP_ROW_T tell(int step, const VISITED_T& here, const SPLIT_T& parts, const VECTOR& dq) {
-    const double change = step > 1 ? here.energy - previous_energy_ : 0.0;
+    const double change = best_ ? here.energy - best_->energy : 0.0;
     const STEP_ROW_T row = step_row(step, here.energy, change, free_gradient(here, parts), dq);
-    previous_energy_ = here.energy;
     observer_.evaluated(row);
     return row;
   }
@@ -130,16 +129,16 @@ class MINIMIZER_T {
   OPTIMIZATION_T result_;
   MATRIX hessian_;
   std::optional<VISITED_T> best_;  // where the next step starts
-  double previous_energy_ = 0.0;
   double trust_ = TRUST_START;
   double limit_ = std::numeric_limits<double>::infinity();
 };
 
 }  // namespace
 
-OPTIMIZATION_T minimize(GRADIENTS::ENERGY_SURFACE_T& surface, COORDINATE_SYSTEM_T& system, const THRESHOLDS_T& thresholds,
-                        const OPTIMIZER_SETTINGS_T& settings, OPTIMIZER_OBSERVER_T& observer) {
-  return MINIMIZER_T(surface, system, thresholds, settings, observer).run();
+OPTIMIZATION_T minimize(GRADIENTS::ENERGY_SURFACE_T& surface, COORDINATE_SYSTEM_T& system, const MATRIX& hessian,
+                        const THRESHOLDS_T& thresholds, const OPTIMIZER_SETTINGS_T& settings,
+                        OPTIMIZER_OBSERVER_T& observer) {
+  return MINIMIZER_T(surface, system, thresholds, settings, observer).run(hessian);
 }
 
 }  // namespace zentrix::OPTIMIZER

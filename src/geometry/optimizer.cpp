@@ -24,7 +24,8 @@ OPTIMIZATION_T optimize_cartesian(GRADIENTS::ENERGY_SURFACE_T& surface, const st
   thresholds.rms_gradient = settings.cartesian_max_gradient * 2.0 / 3.0;
   observer.started(false, settings.initial_hessian, thresholds);
   CARTESIAN_SYSTEM_T system(z);
-  return minimize(surface, system, thresholds, settings, observer);
+  const MATRIX start = system.model_hessian(GRADIENTS::positions_of(surface.molecule()), settings.initial_hessian);
+  return minimize(surface, system, start, thresholds, settings, observer);
 }
 
 /// Whether the coordinates see every vibration. The plain count is tested first: it is the better-known condition.
@@ -42,7 +43,7 @@ OPTIMIZER_SETTINGS_T settings_from(const INPUT_PARSER::INPUT_DATA_T& input) {
   settings.initial_hessian = input.initial_hess;
   settings.force_cartesian = input.opt_coord == INPUT_PARSER::OPT_COORD::cartesian;
   settings.cartesian_max_gradient = input.grad_tol;
-  settings.solvated = !input.solvation_off && (input.solvent_given || input.eps_given || input.pcm_given);
+  settings.solvated = input.solvated();
   for (const INPUT_PARSER::CONSTRAINT_T& entry : input.constraints)
     settings.constraints.push_back({entry.kind, entry.atoms, std::nullopt});
   return settings;
@@ -75,7 +76,7 @@ OPTIMIZATION_T optimize(GRADIENTS::ENERGY_SURFACE_T& surface, const OPTIMIZER_SE
   const THRESHOLDS_T thresholds;
   observer.started(true, settings.initial_hessian, thresholds);
   INTERNAL_SYSTEM_T system(z, std::move(set), std::move(constraints));
-  return minimize(surface, system, thresholds, settings, observer);
+  return minimize(surface, system, system.model_hessian(x, settings.initial_hessian), thresholds, settings, observer);
 }
 
 }  // namespace zentrix::OPTIMIZER

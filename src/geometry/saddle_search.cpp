@@ -59,8 +59,9 @@ class SEARCH_T {
       if (last_) learn_from(here, dq);
       const MODES_T modes = modes_of(hessian_, here.frame);
       follow(modes);
-      const STEP_ROW_T row = OPTIMIZER::step_row(step, result_.point.energy, energy_change_,
-                                                 system_.unscaled_gradient(here.gradient), system_.unscaled_step(dq));
+      const STEP_ROW_T row =
+          OPTIMIZER::step_row(step, result_.point.energy, last_ ? result_.point.energy - last_energy_ : 0.0,
+                              system_.unscaled_gradient(here.gradient), system_.unscaled_step(dq));
       observer_.evaluated(row, followed_);
       result_.negative_eigenvalues = static_cast<int>((modes.eigenvalues.array() < 0.0).count());
       if (turns) {
@@ -69,24 +70,22 @@ class SEARCH_T {
         continue;
       }
       last_ = here;
+      last_energy_ = result_.point.energy;
       if (step > 1 && OPTIMIZER::below(row, settings_.thresholds)) {
         result_.outcome = OUTCOME::converged;
         break;
       }
       if (step < settings_.max_steps) x = next_positions(here, modes);
     }
-    if (last_) result_.hessian = hessian_in_cartesian(system_, *last_, hessian_);
     observer_.finished(result_);
     return result_;
   }
 
  private:
   bool evaluate(int step, const VECTOR& x) {
-    const double previous = result_.point.energy;
     result_.steps = step;
     result_.positions = x;
     result_.point = surface_.energy_and_gradient(x);
-    energy_change_ = step > 1 ? result_.point.energy - previous : 0.0;
     if (!result_.point.converged) {
       observer_.scf_failed(step);
       result_.outcome = OUTCOME::scf_failed;
@@ -173,7 +172,7 @@ class SEARCH_T {
   VECTOR followed_vector_;
   FOLLOWED_MODE_T followed_;
   bool two_ways_up_ = false;  ///< the start is the bottom of a valley, as far as the followed mode goes
-  double energy_change_ = 0.0;
+  double last_energy_ = 0.0;
   double trust_ = OPTIMIZER::SADDLE_TRUST_START;
 };
 

@@ -28,7 +28,6 @@ struct SADDLE_POINT_T {
   VECTOR positions;                  ///< of the last evaluation, bohr
   GRADIENTS::SURFACE_POINT_T point;  ///< energy and gradient there
   int negative_eigenvalues = 0;      ///< of the final, updated Hessian
-  MATRIX hessian;                    ///< that Hessian, Cartesian, hartree/bohr^2
 };
 
 /// What a search tells while it goes on; this base says nothing.

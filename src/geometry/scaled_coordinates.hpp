@@ -18,10 +18,6 @@ class SCALED_SYSTEM_T : public COORDINATE_SYSTEM_T {
   VECTOR displaced(const VECTOR& positions, const VECTOR& dq) const override {
     return system_.displaced(positions, unscaled_step(dq));
   }
-  MATRIX model_hessian(const VECTOR& positions, INPUT_PARSER::MODEL_HESSIAN model) const override {
-    const VECTOR inverse = scale_.cwiseInverse();
-    return inverse.asDiagonal() * system_.model_hessian(positions, model) * inverse.asDiagonal();
-  }
   VECTOR weights() const override { return VECTOR::Ones(scale_.size()); }
   bool suits(const VECTOR& positions) const override { return system_.suits(positions); }
   bool remade_for(const VECTOR& positions) override {

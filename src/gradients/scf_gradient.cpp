@@ -13,26 +13,17 @@
 namespace zentrix::GRADIENTS {
 namespace {
 
-/// Screening of derivative quartets: a neglected contribution stays far below what an optimiser or a Hessian can feel.
-constexpr double quartet_threshold = 1e-12;
 constexpr double displacement = 1e-5;  // bohr
 
 CARTESIAN_T zero_gradient(const MOLECULE_T& molecule) {
   return CARTESIAN_T::Zero(3 * static_cast<Eigen::Index>(molecule.atoms.size()));
 }
 
-SCF::SPIN_MATRICES_T densities_of(const SCF::SCF_RESULT_T& scf) {
-  SCF::SPIN_MATRICES_T densities;
-  for (const SCF::SPIN_CHANNEL_T& channel : scf.channels) densities.push_back(channel.density);
-  return densities;
-}
-
 CARTESIAN_T two_electron_gradient(const SCF::GEOMETRY_DATA_T& geometry, double exchange, const SCF::SCF_RESULT_T& scf) {
   const STAGE_TIMER timer(STAGE::gradient_2e);
-  CARTESIAN_T gradient = INTEGRALS_2E::coulomb_gradient(geometry.molecule, scf.total_density(), quartet_threshold);
+  CARTESIAN_T gradient = INTEGRALS_2E::coulomb_gradient(geometry.molecule, scf.total_density());
   if (exchange != 0.0) {
-    gradient -=
-        exchange / scf.occupation * INTEGRALS_2E::exchange_gradient(geometry.molecule, densities_of(scf), quartet_threshold);
+    gradient -= exchange / scf.occupation * INTEGRALS_2E::exchange_gradient(geometry.molecule, scf.densities());
   }
   return gradient;
 }
@@ -91,7 +82,7 @@ SCF_GRADIENT_T scf_gradient(const SCF::GEOMETRY_DATA_T& geometry, const DFT::FUN
   if (!functional.is_hartree_fock()) {
     const STAGE_TIMER timer(STAGE::gradient_dft);
     observer.xc_begins(unrestricted);
-    gradient.xc = DFT::xc_gradient(molecule, geometry.grid, functional, densities_of(scf));
+    gradient.xc = DFT::xc_gradient(molecule, geometry.grid, functional, scf.densities());
   }
   return gradient;
 }
@@ -118,7 +109,7 @@ CARTESIAN_T semi_analytical_gradient(const SCF::GEOMETRY_DATA_T& geometry, const
   // Nearly all of the time goes into two-electron energies; without a stage it would be unaccounted for.
   const STAGE_TIMER timer(STAGE::gradient_2e);
   const MOLECULE_T& molecule = geometry.molecule;
-  const SCF::SPIN_MATRICES_T densities = densities_of(scf);
+  const SCF::SPIN_MATRICES_T densities = scf.densities();
   const MATRIX none = MATRIX::Zero(molecule.n_basis, molecule.n_basis);
   CARTESIAN_T gradient = INTEGRALS_1E::one_electron_gradient(molecule, none, energy_weighted_density(scf));
   const CARTESIAN_T here = positions_of(molecule);

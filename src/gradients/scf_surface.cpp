@@ -52,8 +52,7 @@ void SCF_SURFACE_T::run_scf(const CARTESIAN_T& positions) {
   scf_ = SCF::run_method(*geometry_, functional_, input_, start, report_);
   positions_ = positions;
   if (!scf_.converged || start_held_) return;
-  previous_densities_.clear();
-  for (const SCF::SPIN_CHANNEL_T& channel : scf_.channels) previous_densities_.push_back(channel.density);
+  previous_densities_ = scf_.densities();
 }
 
 SURFACE_POINT_T SCF_SURFACE_T::energy(const CARTESIAN_T& positions) {

@@ -1,8 +1,6 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
-#include <cctype>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +10,7 @@
 #include <set>
 
 #include "hessian/hessian_file.hpp"
+#include "input/text.hpp"
 
 namespace zentrix::HESSIAN {
 namespace {
@@ -19,33 +18,14 @@ namespace {
 /// Larger counts are typing slips; they must not become an allocation.
 constexpr int largest_count = 30000;
 
-std::string trimmed(const std::string& text) {
-  const char* blanks = " \t\r\f\v";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
+using INPUT_PARSER::trimmed;
 
-std::string lower(std::string text) {
-  for (char& c : text) {
+std::string lower(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
-  return text;
-}
-
-bool to_integer(const std::string& word, int& value) {
-  const char* begin = word.data() + (word.size() > 1 && word[0] == '+' ? 1 : 0);
-  const auto [end, fault] = std::from_chars(begin, word.data() + word.size(), value);
-  return fault == std::errc() && end == word.data() + word.size();
-}
-
-/// A finite number; the exponent letter may be E or D.
-bool to_real(std::string word, double& value) {
-  std::replace_if(
-      word.begin(), word.end(), [](char c) { return c == 'D' || c == 'd'; }, 'e');
-  const char* begin = word.data() + (word.size() > 1 && word[0] == '+' ? 1 : 0);
-  const auto [end, fault] = std::from_chars(begin, word.data() + word.size(), value);
-  return fault == std::errc() && end == word.data() + word.size() && std::isfinite(value);
+  return result;
 }
 
 /// Free-format records: blank-separated values that may go on over several lines; what stands behind the last value wanted
@@ -68,14 +48,8 @@ class RECORD_READER_T {
     text = words_[next_++];
     return true;
   }
-  bool integer(int& value) {
-    std::string text;
-    return word(text) && to_integer(text, value);
-  }
-  bool real(double& value) {
-    std::string text;
-    return word(text) && to_real(text, value);
-  }
+  bool integer(int& value) { return number(INPUT_PARSER::read_integer, value); }
+  bool real(double& value) { return number(INPUT_PARSER::read_real, value); }
   /// Grows with what is really there, whatever the count promised.
   bool reals(std::size_t count, std::vector<double>& values) {
     values.clear();
@@ -87,13 +61,16 @@ class RECORD_READER_T {
  private:
   void split(const std::string& row) {
     begin();
-    for (std::size_t at = 0; at < row.size();) {
-      const auto blank = [&](std::size_t i) { return std::isspace(static_cast<unsigned char>(row[i])) != 0; };
-      while (at < row.size() && blank(at)) ++at;
-      const std::size_t first = at;
-      while (at < row.size() && !blank(at)) ++at;
-      if (at > first) words_.push_back(row.substr(first, at - first));
-    }
+    for (const std::string_view text : INPUT_PARSER::words(row)) words_.emplace_back(text);
+  }
+
+  template <typename T>
+  bool number(std::optional<T> (*read)(std::string_view), T& value) {
+    std::string text;
+    if (!word(text)) return false;
+    const std::optional<T> found = read(text);
+    value = found.value_or(value);
+    return found.has_value();
   }
 
   std::istream& file_;
@@ -117,7 +94,7 @@ class FILE_PARSER_T {
     if (FAULT_T fault = scan_header(line); fault.status != READ_STATUS::accepted) return fault;
     for (bool more = !line.empty(); more; more = reader_.line(line)) {
       if (line.empty() || line[0] != '$') continue;
-      const std::string row = trimmed(line);
+      const std::string_view row = trimmed(line);
       const std::string tag = lower(row.substr(0, std::min(row.find_first_of(" \t"), longest_tag)));
       if (tag == "$end") break;
       if (FAULT_T fault = read_tag(tag); fault.status != READ_STATUS::accepted) return fault;
@@ -133,8 +110,10 @@ class FILE_PARSER_T {
 
   /// The integer behind the colon of a header line.
   static bool header_number(const std::string& line, int& value) {
-    const std::string text = trimmed(line.substr(line.find(':') + 1));
-    return to_integer(text.substr(0, text.find_first_of(" \t")), value);
+    const std::string_view text = trimmed(std::string_view(line).substr(line.find(':') + 1));
+    const std::optional<int> found = INPUT_PARSER::read_integer(text.substr(0, text.find_first_of(" \t")));
+    value = found.value_or(value);
+    return found.has_value();
   }
 
   /// Reads up to the first line that begins with '$', which is handed on.
@@ -312,7 +291,7 @@ class CONSISTENCY_T {
 
  private:
   static std::string ecp(const HESSIAN_IDENTITY_T& identity) {
-    const std::string name = trimmed(identity.ecp);
+    const std::string name(trimmed(identity.ecp));
     return name.empty() || lower(name) == "none" ? "none" : name;
   }
 

@@ -8,12 +8,14 @@
 
 #include "constants/elements.hpp"
 #include "hessian/hessian_file.hpp"
+#include "input/text.hpp"
 #include "report/side_files.hpp"
 
 namespace zentrix::HESSIAN {
 namespace {
 
 using BUFFER_T = fmt::memory_buffer;
+using INPUT_PARSER::trimmed;
 
 template <typename... ARGS>
 void put(BUFFER_T& out, fmt::format_string<ARGS...> format, ARGS&&... args) {
@@ -26,14 +28,8 @@ std::string number(double x) {
   return fmt::format("{:20.12E}", std::abs(x) < smallest ? 0.0 : x);
 }
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
 std::string ecp_word(const HESSIAN_IDENTITY_T& identity) {
-  const std::string name = trimmed(identity.ecp);
+  const std::string name(trimmed(identity.ecp));
   return name.empty() ? "none" : name;
 }
 

@@ -121,6 +121,13 @@ void print_vibrations(const VIBRATIONS_T& vibrations, std::ostream& report) {
   print_modes(vibrations, report);
 }
 
+void print_minimum_verdict(const VECTOR& frequencies, std::ostream& report) {
+  const auto n_imaginary = (frequencies.array() <= -TR_THRESHOLD).count();
+  if (n_imaginary == 0) return;
+  fmt::print(report, "   *** WARNING: {} imaginary mode{}; a minimum has none.\n", n_imaginary, n_imaginary == 1 ? "" : "s");
+  fmt::print(report, "                Displace the atoms along one and optimize again.\n");
+}
+
 void print_saddle_verdict(const VECTOR& frequencies, bool converged, std::ostream& report) {
   const auto n_imaginary = (frequencies.array() <= -TR_THRESHOLD).count();
   if (n_imaginary != 1) {

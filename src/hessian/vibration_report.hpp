@@ -17,6 +17,8 @@ void print_eigenvalue_failure(int info, std::ostream& report);
 void print_vibrations(const VIBRATIONS_T& vibrations, std::ostream& report);
 void print_thermochemistry(const THERMOCHEMISTRY_T& thermochemistry, std::ostream& report);
 
+/// A warning when a structure found as a minimum has imaginary modes.
+void print_minimum_verdict(const VECTOR& frequencies, std::ostream& report);
 /// Whether a structure found as a transition state has its one imaginary mode. `frequencies` in cm^-1, imaginary ones
 /// negative; `converged`: everything before it.
 void print_saddle_verdict(const VECTOR& frequencies, bool converged, std::ostream& report);

@@ -9,7 +9,7 @@ namespace zentrix::INTEGRALS_2E {
 namespace {
 
 /// Many neglected interactions add up in one element of J, so single ones are held to this share of the threshold. The sum
-/// is then at most some 25 thresholds (caffeine, 6-31G* to cc-pVTZ).
+/// is then at most some forty thresholds (caffeine, C20H42; docs/methods-coulomb.md).
 constexpr double NEGLECT_SHARE = 0.2;
 
 }  // namespace

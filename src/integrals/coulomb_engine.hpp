@@ -14,7 +14,7 @@ namespace zentrix::INTEGRALS_2E {
 /// shells that share a centre and exponents; knows nothing of the exchange engine and screens for itself. Equal input and
 /// equal thread count give bit-identical results. Stops the run when a shell is not sound.
 ///
-/// A gradient takes the same fold, lists and kernels with the bra order one higher: docs/methods-coulomb.md.
+/// A gradient takes the same pairs, lists and kernels with the bra order one higher: docs/methods-coulomb.md.
 class COULOMB_ENGINE {
  public:
   explicit COULOMB_ENGINE(const MOLECULE_T& molecule);

@@ -1,13 +1,10 @@
 #include <algorithm>
-#include <string>
 
-#include "constants/limits.hpp"
 #include "integrals/coulomb_walk.hpp"
 #include "integrals/gradient_2e.hpp"
 #include "integrals/hermite_product.hpp"
 #include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
-#include "report/stop.hpp"
 
 // The energy is 1/2 sum_PQ sum_tu H^P_t (-1)^u R_(t+u)(P - Q) H^Q_u over Hermite pairs. Moving nucleus A changes the Hermite
 // coefficients of its pairs at fixed centres (d/dA E_t, the "shape") and drags their centres along, dP/dA = a/p:
@@ -124,11 +121,7 @@ void add_pair(const HERMITE_PAIRS_T& pairs, const HERMITE_PAIR_T& pair, const MO
 }  // namespace
 
 VECTOR coulomb_gradient(const MOLECULE_T& molecule, const MATRIX& density, double threshold) {
-  for (const SHELL_T& shell : molecule.shells) {
-    validate_shell("coulomb_gradient", shell);
-    if (shell.l > LMAX_GRAD)
-      throw run_stopped("FATAL [coulomb_gradient]: l exceeds LMAX_GRAD = " + std::to_string(LMAX_GRAD));
-  }
+  for (const SHELL_T& shell : molecule.shells) validate_gradient_shell("coulomb_gradient", shell);
   const HERMITE_PAIRS_T pairs = make_hermite_pairs(molecule);
   const MOVING_DENSITY_T moving = fold_moving_density(pairs, to_cartesian(molecule, density));
   ALIGNED_VECTOR hermite;

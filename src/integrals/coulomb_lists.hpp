@@ -26,7 +26,7 @@ struct COULOMB_LIST_T {
   int order = 0;
   std::vector<int> pair;       ///< index in HERMITE_PAIRS_T::pairs
   std::vector<double> key;     ///< descending
-  int n_blocks = 0;            //
+  int n_blocks = 0;            ///< of `lanes` pairs each, the last one filled up
   ALIGNED_VECTOR geometry;     ///< [block][p, x, y, z][lane]; empty lanes hold p = 1 at the origin
   ALIGNED_VECTOR h;            ///< [block][density][u][lane], (-1)^u H_u; empty lanes hold zero
   std::size_t first = 0;       ///< place of its potential in the accumulator of a thread

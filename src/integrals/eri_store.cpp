@@ -65,7 +65,7 @@ STORE_SIZE_T count_integrals(const SHELL_PAIRS_T& data, double threshold) {
 }
 
 ERI_STORE_T::ERI_STORE_T(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels, double threshold)
-    : lanes_(kernels.lanes), primitive_cutoff_(1e-3 * threshold) {
+    : lanes_(kernels.lanes), primitive_cutoff_(PRIMITIVE_SAFETY * threshold) {
   for (const BRA_T& bra : bra_order(data))
     for (int ket_list = 0; ket_list <= bra.list; ++ket_list) {
       const int kets = surviving_kets(data, bra, ket_list, threshold);

@@ -54,7 +54,6 @@ class ERI_STORE_T {
   std::int64_t integrals() const { return integrals_; }
   /// Bytes of the array, unused lanes included.
   std::int64_t bytes() const { return static_cast<std::int64_t>(8 * doubles_); }
-  bool filled() const { return values_.size() > 0; }
 
   /// Computes all integrals, in parallel. Stops the run when the memory is not there.
   void fill(const SHELL_PAIRS_T& data, const KERNEL_CHOICE_T& kernels);

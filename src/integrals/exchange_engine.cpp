@@ -12,9 +12,6 @@ namespace zentrix::INTEGRALS_2E {
 
 namespace {
 
-/// Primitive quartets whose product of prefactors lies this far below the threshold are left out.
-constexpr double PRIMITIVE_SAFETY = 1e-3;
-
 /// The pair itself, or that of one combination of its contractions.
 const SHELL_PAIR_T& member(const SHELL_PAIR_T& pair, int combination) {
   return pair.n_contractions > 1 ? pair.members[combination] : pair;

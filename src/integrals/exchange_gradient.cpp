@@ -1,9 +1,7 @@
 #include <omp.h>
 
 #include <algorithm>
-#include <string>
 
-#include "constants/limits.hpp"
 #include "integrals/exchange_engine.hpp"
 #include "integrals/gradient_2e.hpp"
 #include "integrals/gradient_bounds.hpp"
@@ -11,7 +9,6 @@
 #include "integrals/ordered_sum.hpp"
 #include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
-#include "report/stop.hpp"
 
 namespace zentrix::INTEGRALS_2E {
 
@@ -19,7 +16,7 @@ namespace {
 
 /// Primitive quartets whose product of prefactors, times the density products, lies this far below the threshold are left
 /// out.
-constexpr double PRIMITIVE_SAFETY = 1e-4;
+constexpr double GRADIENT_PRIMITIVE_SAFETY = 1e-4;
 
 /// A ket that meets the bra, with the largest density product of their quartet.
 struct KET_T {
@@ -124,7 +121,7 @@ class GRADIENT_BUILD {
         pairs[lane] = ket.pair;
         weight = std::max(weight, ket.weight);
       }
-      const kernels::BATCH_T batch = make_batch(bra, pairs, count, threshold_ * PRIMITIVE_SAFETY / weight);
+      const kernels::BATCH_T batch = make_batch(bra, pairs, count, threshold_ * GRADIENT_PRIMITIVE_SAFETY / weight);
       kernel(batch, boys_, densities, thread.scratch.data(), thread.rows.data(), thread.forces.data());
       add_forces(batch, thread.forces.data(), gradient);
     }
@@ -162,11 +159,7 @@ class GRADIENT_BUILD {
 }  // namespace
 
 VECTOR exchange_gradient(const MOLECULE_T& molecule, std::span<const MATRIX> densities, double threshold) {
-  for (const SHELL_T& shell : molecule.shells) {
-    validate_shell("exchange_gradient", shell);
-    if (shell.l > LMAX_GRAD)
-      throw run_stopped("FATAL [exchange_gradient]: l exceeds LMAX_GRAD = " + std::to_string(LMAX_GRAD));
-  }
+  for (const SHELL_T& shell : molecule.shells) validate_gradient_shell("exchange_gradient", shell);
   const auto n_values = 3 * static_cast<Eigen::Index>(molecule.atoms.size());
   if (densities.empty()) return VECTOR::Zero(n_values);
   const kernels::ISA isa = kernels::chosen_isa();

@@ -17,8 +17,8 @@
 namespace zentrix::INTEGRALS_2E {
 
 /// Default neglect threshold of gradients, hartree/bohr: interactions of two shell pairs whose rigorous bound on the
-/// derivative lies below it are skipped.
-inline constexpr double GRADIENT_THRESHOLD = 1e-11;
+/// derivative lies below it are skipped. What is neglected stays far below what an optimiser or a Hessian can feel.
+inline constexpr double GRADIENT_THRESHOLD = 1e-12;
 
 /// Derivative of 1/2 sum_abcd D_ab D_cd (ab|cd). Stops the run when a shell is not sound or above LMAX_GRAD.
 [[nodiscard]] VECTOR coulomb_gradient(const MOLECULE_T& molecule, const MATRIX& density,

@@ -13,7 +13,7 @@ namespace zentrix::INTEGRALS_2E {
 class HERMITE_COULOMB_T {
  public:
   /// Largest order: four h shells.
-  static constexpr int order_max = 4 * LMAX + 1;
+  static constexpr int order_max = 4 * LMAX;
 
   /// Adds factor * R_tuv for t + u + v <= order to `target`, ordered as hermite_index(order, t, u, v).
   void add(int order, double alpha, double x, double y, double z, double factor, double* target);

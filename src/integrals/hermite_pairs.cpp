@@ -9,8 +9,8 @@ namespace zentrix::INTEGRALS_2E {
 
 namespace {
 
-/// A pair is dropped for good when even beside the strongest pair it stays this small (hartree per unit of density): five
-/// orders below the tightest threshold in use.
+/// A pair is dropped for good when even beside the strongest pair it stays this small (hartree per unit of density): six
+/// orders below the tightest share of a threshold in use.
 constexpr double NEGLIGIBLE = 1e-19;
 
 /// With exp(-100) in front no coefficients or powers of distances reach NEGLIGIBLE: distant pairs cost one product each.
@@ -119,9 +119,8 @@ HERMITE_PAIRS_T make_hermite_pairs(const MOLECULE_T& molecule) {
   std::vector<std::vector<HERMITE_PAIR_T>> found(n_atoms * (n_atoms + 1) / 2);
 #pragma omp parallel for schedule(dynamic)
   for (std::size_t n = 0; n < found.size(); ++n) {
-    int i = static_cast<int>((std::sqrt(8.0 * n + 1.0) - 1.0) / 2.0);
-    while (static_cast<std::size_t>(i + 1) * (i + 2) / 2 <= n) ++i;
-    while (static_cast<std::size_t>(i) * (i + 1) / 2 > n) --i;
+    // Row of a triangle: the root is exact at the first number of a row, so nothing is rounded into the row before.
+    const int i = static_cast<int>((std::sqrt(8.0 * n + 1.0) - 1.0) / 2.0);
     const int j = static_cast<int>(n - static_cast<std::size_t>(i) * (i + 1) / 2);
     found[n] = pairs_of_atoms(result.families, first[i], first[i + 1], first[j], first[j + 1]);
   }

@@ -12,8 +12,7 @@
 namespace zentrix::INTEGRALS_2E {
 
 struct HERMITE_PAIR_T {
-  int a = 0;                          ///< families, a >= b
-  int b = 0;                          //
+  int a = 0, b = 0;                   ///< families, a >= b
   int order = 0;                      ///< l_max(a) + l_max(b)
   double p = 0.0;                     ///< exponent sum, bohr^-2
   std::array<double, 3> center = {};  ///< P, bohr

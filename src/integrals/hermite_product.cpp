@@ -22,16 +22,6 @@ FAMILY_PRODUCT_T::FAMILY_PRODUCT_T(const FAMILY_T& fa, const FAMILY_T& fb) : a(f
   }
 }
 
-const std::vector<POWERS_T>& powers_of(int l) {
-  static const auto table = [] {
-    std::array<std::vector<POWERS_T>, LMAX + 1> powers;
-    for (int k = 0; k <= LMAX; ++k)
-      for (int n = 0; n < n_cartesian(k); ++n) powers[k].push_back(cartesian_powers(k, n));
-    return powers;
-  }();
-  return table[l];
-}
-
 void sum_blocks(const MATRIX& matrix, const FAMILY_T& a, const FAMILY_RUN_T& ra, const FAMILY_T& b, const FAMILY_RUN_T& rb,
                 double* block) {
   const int na = n_cartesian(ra.l);

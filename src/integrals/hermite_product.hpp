@@ -31,9 +31,6 @@ struct FAMILY_PRODUCT_T {
   int order() const { return a.l_max + b.l_max; }
 };
 
-/// Powers of all components, by angular momentum.
-const std::vector<POWERS_T>& powers_of(int l);
-
 /// Most components of two shells.
 inline constexpr int MAX_BLOCK = n_cartesian(LMAX) * n_cartesian(LMAX);
 

@@ -136,7 +136,7 @@ void ERI_PANELS::provide_integrals(std::span<SPAN_T> spans, WORK_T& work) const 
   if (work.integrals_.size() < doubles) work.integrals_ = ALIGNED_DOUBLES(doubles);
   double* out = work.integrals_.data();
   for (SPAN_T& span : spans) {
-    compute_segment(data_, kernels_, span.segment, 1e-3 * threshold_, boys_, work.quartets_, out);
+    compute_segment(data_, kernels_, span.segment, PRIMITIVE_SAFETY * threshold_, boys_, work.quartets_, out);
     span.values = out;
     out += segment_doubles(data_, span.segment, kernels_.lanes);
   }

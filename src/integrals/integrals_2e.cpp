@@ -76,6 +76,8 @@ void JK_BUILDER::fill_store() {
   implementation_->store = std::move(store);
 }
 
+void JK_BUILDER::drop_store() { implementation_->store.reset(); }
+
 bool JK_BUILDER::has_store() const { return implementation_->store != nullptr; }
 
 std::int64_t JK_BUILDER::store_bytes() const { return has_store() ? implementation_->store->bytes() : 0; }

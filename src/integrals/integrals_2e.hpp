@@ -62,6 +62,8 @@ class JK_BUILDER {
 
   /// Computes and keeps all surviving integrals; from then on `build` contracts the store.
   void fill_store();
+  /// Gives the memory of the store back; from then on builds are direct again.
+  void drop_store();
   [[nodiscard]] bool has_store() const;
   /// Bytes the store really occupies (padding included).
   [[nodiscard]] std::int64_t store_bytes() const;

@@ -4,6 +4,7 @@
 
 #include "constants/limits.hpp"
 #include "integrals/boys.hpp"
+#include "integrals/integrals_2e.hpp"
 #include "integrals/one_electron.hpp"
 #include "report/layout.hpp"
 
@@ -62,5 +63,17 @@ void print_matrix(const std::string& title, const MATRIX& matrix, std::ostream& 
 }
 
 }  // namespace INTEGRALS_1E
+
+void INTEGRALS_2E::print_mode(const JK_MODE_T& mode, std::ostream& report) {
+  if (mode.conventional) {
+    fmt::print(report, "   Conventional SCF: {} shell quartets, {:.1f} MB\n", mode.quartets, mode.megabytes());
+    fmt::print(report, "     ERI precompute: {} OpenMP threads\n", mode.threads);
+    return;
+  }
+  fmt::print(report, "   Conventional SCF would need {} shell quartets / {:.1f} MB\n", mode.quartets, mode.megabytes());
+  fmt::print(report, "   (above the current ERI memory limit of {} MB).\n", mode.limit_mb);
+  fmt::print(report, "   Falling back to DIRECT SCF (ERIs recomputed each iter).\n");
+  fmt::print(report, "   Raise %eri_memory_limit_mb to force conventional storage.\n");
+}
 
 }  // namespace zentrix

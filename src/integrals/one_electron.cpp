@@ -13,10 +13,10 @@
 #include "molecule/shell_validation.hpp"
 
 // One-electron integrals by Hermite expansion (McMurchie, Davidson, J. Comput. Phys. 26 (1978) 218). With p = a + b:
-//   overlap      S_ij = E_0^{ij} sqrt(pi / p) per direction;
-//   kinetic      -1/2 <i| d^2/dx^2 |j> = b (2j + 1) S_ij - 2 b^2 S_{i,j+2} - j (j - 1)/2 S_{i,j-2}, times the other
-//   overlaps; attraction   -sum_A Z_A 2 pi / p sum_tuv E_t E_u E_v R_tuv(p, P - A): the nuclei are summed in R before E is
-//   applied; dipole       <i| x |j> = S_{i+1,j} + (A_x - O_x) S_ij.
+//   overlap     S_ij = E_0^{ij} sqrt(pi / p) in each direction
+//   kinetic     -1/2 <i| d^2/dx^2 |j> = b (2j + 1) S_ij - 2 b^2 S_{i,j+2} - j (j - 1)/2 S_{i,j-2}, times the other overlaps
+//   attraction  -sum_A Z_A 2 pi / p sum_tuv E_t E_u E_v R_tuv(p, P - A), the nuclei summed in R before E is applied
+//   dipole      <i| x |j> = S_{i+1,j} + (A_x - O_x) S_ij
 
 namespace zentrix::INTEGRALS_1E {
 namespace {

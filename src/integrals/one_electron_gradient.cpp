@@ -217,7 +217,7 @@ void add_pair(const MOLECULE_T& molecule, const PAIR_T& pair, WORKSPACE_T& work)
 }  // namespace
 
 VECTOR one_electron_gradient(const MOLECULE_T& molecule, const MATRIX& density, const MATRIX& energy_weighted) {
-  for (const SHELL_T& shell : molecule.shells) validate_shell("one_electron_gradient", shell);
+  for (const SHELL_T& shell : molecule.shells) validate_gradient_shell("one_electron_gradient", shell);
   const std::vector<int> offsets = cartesian_offsets(molecule);
   const MATRIX bare_density = to_cartesian(molecule, density);
   const MATRIX bare_weighted = to_cartesian(molecule, energy_weighted);

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <vector>
 
 #include "constants/limits.hpp"
 #include "constants/units.hpp"
@@ -16,18 +15,6 @@ namespace zentrix::INTEGRALS_1E {
 /// Raised by two on the second shell (kinetic energy) and by one on the first (dipole, derivatives).
 inline constexpr int RAISE_MAX = LMAX_WORK + 2;
 using OVERLAP_1D = std::array<std::array<double, RAISE_MAX>, RAISE_MAX>;
-
-/// Powers of all components, made once.
-inline const std::vector<POWERS_T>& powers_of(int l) {
-  static const auto table = [] {
-    std::array<std::vector<POWERS_T>, LMAX + 1> powers;
-    for (int k = 0; k <= LMAX; ++k) {
-      for (int n = 0; n < n_cartesian(k); ++n) powers[static_cast<std::size_t>(k)].push_back(cartesian_powers(k, n));
-    }
-    return powers;
-  }();
-  return table[static_cast<std::size_t>(l)];
-}
 
 /// Overlaps <x_A^i exp(-a x_A^2) | x_B^j exp(-b x_B^2)> for i <= la, j <= lb (Obara, Saika, J. Chem. Phys. 84 (1986) 3963).
 inline void overlap_1d(int la, int lb, double p, double pa, double pb, double s00, OVERLAP_1D& s) {

@@ -10,6 +10,9 @@
 
 namespace zentrix::INTEGRALS_2E {
 
+/// Primitive quartets of a batch are left out when their product of prefactors lies this far below the threshold.
+inline constexpr double PRIMITIVE_SAFETY = 1e-3;
+
 /// One bra pair: its list and its place there.
 struct BRA_T {
   int list = 0;

@@ -8,7 +8,6 @@
 #include "integrals/hermite_coulomb.hpp"
 #include "molecule/cartesian.hpp"
 #include "molecule/shell_validation.hpp"
-#include "report/stop.hpp"
 
 // (ab|cd) = 2 pi^(5/2) / (p q sqrt(p + q)) sum_t E_t^ab sum_u (-1)^u E_u^cd R_(t+u)(pq/(p+q), P - Q)
 // (McMurchie, Davidson, J. Comput. Phys. 26 (1978) 218).
@@ -220,12 +219,7 @@ void compute_eri_primitive(const CENTERED_SHELL_T& a, int pa, const CENTERED_SHE
 void compute_deri_contracted(const CENTERED_SHELL_T& a, const CENTERED_SHELL_T& b, const CENTERED_SHELL_T& c,
                              const CENTERED_SHELL_T& d, std::vector<double>& blocks) {
   const QUARTET_T q = {&a, &b, &c, &d};
-  validate("compute_deri_contracted", q);
-  for (const CENTERED_SHELL_T* shell : q) {
-    if (shell->shell.l > LMAX_GRAD) {
-      throw run_stopped("FATAL [compute_deri_contracted]: l exceeds LMAX_GRAD = " + std::to_string(LMAX_GRAD));
-    }
-  }
+  for (const CENTERED_SHELL_T* shell : q) validate_gradient_shell("compute_deri_contracted", shell->shell);
   const std::size_t size = block_size(q);
   blocks.assign(12 * size, 0.0);
   for (std::size_t center = 0; center < 4; ++center) differentiate(q, center, size, blocks.data() + 3 * center * size);

@@ -20,7 +20,7 @@ namespace {
 
 /// A pair whose overlap factor exp(-mu R^2) is below exp(-90) everywhere is zero for every purpose.
 constexpr double LARGEST_OVERLAP_EXPONENT = 90.0;
-/// Pairs below this product with the largest bound can never pass a threshold (the tightest in use is 1e-14).
+/// Pairs below this product with the largest bound can never pass a threshold (the tightest in use is 1e-15).
 constexpr double PAIR_CUTOFF = 1e-16;
 /// Primitive pairs below this product of prefactors never change a digit.
 constexpr double PRIMITIVE_PAIR_CUTOFF = 1e-18;

@@ -122,6 +122,16 @@ POWERS_T cartesian_powers(int l, int n) {
   return {l - rest, rest - n, n};
 }
 
+const std::vector<POWERS_T>& powers_of(int l) {
+  static const auto table = [] {
+    std::array<std::vector<POWERS_T>, LMAX + 1> powers;
+    for (int k = 0; k <= LMAX; ++k)
+      for (int n = 0; n < n_cartesian(k); ++n) powers[static_cast<std::size_t>(k)].push_back(cartesian_powers(k, n));
+    return powers;
+  }();
+  return table[static_cast<std::size_t>(l)];
+}
+
 const MATRIX& shell_functions(int l, bool spherical) {
   static const FUNCTION_TABLES_T tables;
   if (spherical && l > LMAX_BASIS) {

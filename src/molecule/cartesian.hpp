@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "linalg/matrix.hpp"
 #include "molecule/types.hpp"
 
@@ -19,6 +21,8 @@ struct POWERS_T {
   int z = 0;
 };
 POWERS_T cartesian_powers(int l, int n);
+/// Those of all components of l <= LMAX, from a table that the first call makes.
+const std::vector<POWERS_T>& powers_of(int l);
 /// Position of x^i y^j z^k inside its shell: (l - i)(l - i + 1)/2 + k.
 constexpr int cartesian_index(int y, int z) { return (y + z) * (y + z + 1) / 2 + z; }
 

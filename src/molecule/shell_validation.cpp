@@ -26,4 +26,9 @@ void validate_shell(std::string_view routine, const SHELL_T& shell) {
   if (!fault.detail.empty()) throw run_stopped(fmt::format("FATAL [{}]: {}\n{}", routine, fault.detail, fault.stop_text));
 }
 
+void validate_gradient_shell(std::string_view routine, const SHELL_T& shell) {
+  validate_shell(routine, shell);
+  if (shell.l > LMAX_GRAD) throw run_stopped(fmt::format("FATAL [{}]: l exceeds LMAX_GRAD = {}", routine, LMAX_GRAD));
+}
+
 }  // namespace zentrix

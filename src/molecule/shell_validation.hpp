@@ -17,5 +17,7 @@ SHELL_FAULT_T shell_fault(const SHELL_T& shell);
 /// Stops the run with "FATAL [routine]: detail" and the stop text when the shell is not sound. Called where shells enter the
 /// engine, never inside its loops.
 void validate_shell(std::string_view routine, const SHELL_T& shell);
+/// The same for derivatives, whose shells end at LMAX_GRAD.
+void validate_gradient_shell(std::string_view routine, const SHELL_T& shell);
 
 }  // namespace zentrix

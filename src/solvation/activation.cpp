@@ -72,7 +72,7 @@ std::string model_name(PCM_MODEL model) {
 
 int resolve_solvation(const INPUT_DATA_T& input, bool correlated, SOLVATION_T& solvation, std::ostream& report) {
   solvation = {};
-  solvation.active = input.solvent_given || input.eps_given || input.pcm_given;
+  solvation.active = input.solvated();
   if (!solvation.active) return 0;
   if (const int error = resolve_permittivity(input, solvation.permittivity, report); error != 0) return error;
   if (const int error = resolve_model(input, solvation.model, report); error != 0) return error;

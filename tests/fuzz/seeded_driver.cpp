@@ -71,36 +71,28 @@ class MUTATOR {
   }
 
   void change(std::string& text) {
-    const std::size_t at = below(text.size() + 1);
-    switch (below(7)) {
-      case 0:
-        text.insert(at, any_of(words_));
-        break;
-      case 1:
-        text.erase(at, 1 + below(12));
-        break;
-      case 2:
-        text.insert(at, 1, static_cast<char>(below(256)));
-        break;
-      case 3:
-        if (at < text.size()) text[at] = static_cast<char>(below(256));
-        break;
-      case 4:
-        text.resize(at);
-        break;
-      case 5: {  // a piece of another seed
-        const std::string& other = any_of(seeds_);
-        const std::size_t from = below(other.size());
-        text.insert(at, other, from, below(other.size() - from) + 1);
-        break;
-      }
-      default: {  // a line twice, or many times
-        const std::size_t from = line_start(text);
-        std::string line = text.substr(from, text.find('\n', from) - from);
-        line.push_back('\n');
-        for (std::size_t n = below(20) == 0 ? 600 : 1; n > 0; --n) text.insert(from, line);
-      }
-    }
+    const std::size_t at = below(text.size() + 1), kind = below(7);
+    if (kind == 0) text.insert(at, any_of(words_));
+    if (kind == 1) text.erase(at, 1 + below(12));
+    if (kind == 2) text.insert(at, 1, static_cast<char>(below(256)));
+    if (kind == 3 && at < text.size()) text[at] = static_cast<char>(below(256));
+    if (kind == 4) text.resize(at);
+    if (kind == 5) insert_piece(text, at);
+    if (kind == 6) repeat_line(text);
+  }
+
+  /// A piece of another seed.
+  void insert_piece(std::string& text, std::size_t at) {
+    const std::string& other = any_of(seeds_);
+    const std::size_t from = below(other.size());
+    text.insert(at, other, from, below(other.size() - from) + 1);
+  }
+
+  /// A line twice, or many times.
+  void repeat_line(std::string& text) {
+    const std::size_t from = line_start(text);
+    const std::string line = text.substr(from, text.find('\n', from) - from) + '\n';
+    for (std::size_t n = below(20) == 0 ? 600 : 1; n > 0; --n) text.insert(from, line);
   }
 
   std::vector<std::string> seeds_;

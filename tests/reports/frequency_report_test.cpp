@@ -27,8 +27,11 @@ TEST(FrequencyReport, WalksTheSectionsOfAFrequencyRun) {
        "   Hessian written to: run.hess\n   Molden file written to: run.molden\n   Section 6 time: ",
        " --- Section 7: Output & Properties ---\n", "     Total energy:      ", "  Hessian total (**) "});
   EXPECT_EQ(run.files, (std::vector<std::string>{"run.hess", "run.inp", "run.molden"}));
+  EXPECT_TRUE(run.says("\n      7     182")) << "the row of the table";
+  EXPECT_FALSE(run.says("km/mol")) << "no dipole derivatives";
   // Peer: 1826.4362, 4070.2324, 4188.4577 cm^-1, G = -76.0053682 hartree.
   EXPECT_NEAR(run.number("   Mode 7:"), 1826.44, 0.5);
+  EXPECT_NEAR(run.number("   Mode 8:"), 4070.23, 0.5);
   EXPECT_NEAR(run.number("   Mode 9:"), 4188.46, 0.5);
   EXPECT_NEAR(run.number("Gibbs energy G = H - T*S:"), -76.0053682, 1e-6);
 }
@@ -66,6 +69,9 @@ TEST(FrequencyReport, OptimisationThenFrequencies) {
 }
 
 TEST(FrequencyReport, DoubtfulHessiansAreMarked) {
+  // Straight water stays straight.
+  expect_report("%job opt+freq\n%basis STO-3G\n%geo\nO 0 0 0\nH 0 0 0.93\nH 0 0 -0.93\n*end\n",
+                {"   *** WARNING: 2 imaginary modes; a minimum has none.\n"});
   expect_report("%job freq\n%geo\nH 0 0 0\nH 0 0 0.9\n*end\n",
                 {"     Numerical Hessian complete.\n   NOTE: the largest gradient component is "});
   expect_report("%job freq\n%scf_maxiter 2\n%geo\nLi 0 0 0\nH 0 0 1.6\n*end\n",

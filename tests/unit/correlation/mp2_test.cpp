@@ -4,40 +4,27 @@
 #include "correlation/half_transformation.hpp"
 #include "correlation/mp2.hpp"
 #include "report/stop.hpp"
-#include "scf/guess.hpp"
-#include "scf/scf_observer.hpp"
-#include "support/molecules.hpp"
 #include "support/reference.hpp"
+#include "unit/scf/scf_samples.hpp"
 
 namespace {
 
 using namespace zentrix;
 using CORRELATION::MP2_RESULT_T;
+using SCF::samples::RUN_T;
 
-/// A converged Hartree-Fock state with what it was computed from.
-struct REFERENCE_T {
-  SCF::GEOMETRY_DATA_T geometry;
-  SCF::SCF_RESULT_T scf;
-};
-
-/// `memory_limit_mb` 0: no integrals are stored.
-REFERENCE_T hartree_fock(const MOLECULE_T& molecule, int memory_limit_mb = 4096) {
-  REFERENCE_T reference{{molecule, INTEGRALS_1E::one_electron_matrices(molecule)}, {}};
-  SCF::GUESS_OBSERVER_T quiet;
-  const SCF::SCF_START_T start =
-      SCF::initial_guess(molecule, reference.geometry.one_electron.s, INPUT_PARSER::GUESS::automatic, 1000, quiet);
-  SCF::SCF_SETTINGS_T settings;
-  settings.energy_tolerance = 1e-10;
-  settings.density_tolerance = 1e-8;
-  settings.gradient_tolerance = 1e-8;
-  settings.eri_memory_limit_mb = memory_limit_mb;
-  SCF::SCF_OBSERVER_T silent;
-  reference.scf = SCF::run_scf(reference.geometry, SCF::hartree_fock_terms(reference.geometry), settings, start, silent);
+/// A converged Hartree-Fock state. `memory_limit_mb` 0: no integrals are stored.
+RUN_T hartree_fock(const MOLECULE_T& molecule, int memory_limit_mb = 4096) {
+  SCF::samples::RUN_OPTIONS_T options;
+  options.settings.energy_tolerance = 1e-10;
+  options.settings.density_tolerance = options.settings.gradient_tolerance = 1e-8;
+  options.settings.eri_memory_limit_mb = memory_limit_mb;
+  RUN_T reference = SCF::samples::run(molecule, options);
   EXPECT_TRUE(reference.scf.converged);
   return reference;
 }
 
-MP2_RESULT_T mp2(const REFERENCE_T& reference, int frozen, int memory_limit_mb = 4096) {
+MP2_RESULT_T mp2(const RUN_T& reference, int frozen, int memory_limit_mb = 4096) {
   CORRELATION::MP2_OBSERVER_T silent;
   return CORRELATION::mp2_energy(reference.geometry, reference.scf, {frozen, memory_limit_mb}, silent);
 }
@@ -54,12 +41,10 @@ TEST(MP2, AgreesWithAnIndependentProgram) {
   int spins = 0;
   for (const auto& entry : cases) {
     SCOPED_TRACE(entry["molecule"].get<std::string>() + " " + entry["basis"].get<std::string>());
-    const TESTS::SAMPLE_OPTIONS_T options{entry["charge"], entry["multiplicity"], entry["spherical"]};
-    const REFERENCE_T reference =
-        hartree_fock(TESTS::sample_molecule(TESTS::geometry_of(entry["atoms"]), entry["basis"], options));
+    const RUN_T reference = hartree_fock(SCF::samples::molecule_of(entry));
     EXPECT_NEAR(reference.scf.energy.total(), entry["scf"].get<double>(), 1e-8);
     const MP2_RESULT_T result = mp2(reference, entry["frozen"]);
-    EXPECT_EQ(result.unrestricted, options.multiplicity > 1);
+    EXPECT_EQ(result.unrestricted, entry["multiplicity"].get<int>() > 1);
     EXPECT_NEAR(result.energy(), entry["correlation"].get<double>(), 1e-7);
     EXPECT_NEAR(result.same_spin[0] + result.same_spin[1], entry["same_spin"].get<double>(), 1e-7);
     EXPECT_NEAR(result.opposite_spin, entry["opposite_spin"].get<double>(), 1e-7);
@@ -75,7 +60,7 @@ TEST(MP2, AgreesWithAnIndependentProgram) {
 TEST(MP2, NeitherMemoryNorThreadsChangeTheEnergy) {
   for (const MOLECULE_T& molecule : {TESTS::sample_molecule(TESTS::ammonia, "cc-pVDZ", {0, 1, true}),
                                      TESTS::sample_molecule("O 0 0 0\nH 0 0 0.9697\n", "cc-pVTZ", {0, 2, false})}) {
-    const REFERENCE_T stored = hartree_fock(molecule), direct = hartree_fock(molecule, 0);
+    const RUN_T stored = hartree_fock(molecule), direct = hartree_fock(molecule, 0);
     ASSERT_TRUE(stored.geometry.jk.has_store());
     ASSERT_FALSE(direct.geometry.jk.has_store());
     const MP2_RESULT_T whole = mp2(stored, 0);

@@ -1,15 +1,14 @@
 #include "dft/grid.hpp"
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <omp.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "dft/atomic_grid.hpp"
 #include "dft/atomic_scales.hpp"
-#include "dft/grid_report.hpp"
 #include "dft/pruning.hpp"
 #include "support/grids.hpp"
 #include "support/molecules.hpp"
@@ -64,28 +63,14 @@ TEST(GridLevels, SummaryOfEveryLevel) {
   for (int other : {0, -1, 11}) EXPECT_EQ(summary(other), summary(2)) << other;
 }
 
-TEST(GridLevels, SummaryOfRowsOutsideTheTable) {
-  GRID_LEVEL_T row = grid_level(8);
-  row.alpha = 0.5;
-  row.size_adjustment = static_cast<SIZE_ADJUSTMENT>(7);
-  const std::string report = TESTS::printed(print_summary, row, 10);
-  EXPECT_THAT(report, testing::HasSubstr("   Radial scheme      : Treutler-Ahlrichs (alpha=0.5)\n"));
-  EXPECT_THAT(report, testing::HasSubstr("   Becke size adj.    : mode=7 (unknown)\n"));
-}
-
 // A shell on a boundary belongs to the inner zone on levels 2 to 7, to the outer one on level 10.
 TEST(Pruning, ZonesAndTheirBoundaries) {
-  struct CASE_T {
-    int level, z;
-    double x;
-    int size;
-  };
-  const std::vector<CASE_T> cases = {{2, 6, 0.6, 86},   {2, 6, 0.61, 302},   {3, 6, 0.6, 86},     {3, 6, 5.0, 590},
-                                     {3, 6, 5.01, 302}, {6, 6, 0.1667, 50},  {6, 6, 0.1668, 86},  {6, 6, 0.9, 266},
-                                     {6, 6, 3.5, 302},  {6, 6, 3.51, 266},   {6, 2, 4.5, 302},    {6, 2, 4.51, 266},
-                                     {7, 6, 3.5, 590},  {7, 11, 2.5, 590},   {7, 11, 2.51, 434},  {10, 6, 0.1999, 110},
-                                     {10, 6, 0.2, 434}, {10, 6, 0.9, 770},   {10, 6, 4.0, 590},   {10, 1, 0.25, 302},
-                                     {10, 2, 0.1, 50},  {10, 11, 0.05, 110}, {10, 53, 3.49, 770}, {10, 53, 3.5, 590}};
+  const std::tuple<int, int, double, int> cases[] = {
+      {2, 6, 0.6, 86},      {2, 6, 0.61, 302},   {3, 6, 0.6, 86},     {3, 6, 5.0, 590},  {3, 6, 5.01, 302},
+      {6, 6, 0.1667, 50},   {6, 6, 0.1668, 86},  {6, 6, 0.9, 266},    {6, 6, 3.5, 302},  {6, 6, 3.51, 266},
+      {6, 2, 4.5, 302},     {6, 2, 4.51, 266},   {7, 6, 3.5, 590},    {7, 11, 2.5, 590}, {7, 11, 2.51, 434},
+      {10, 6, 0.1999, 110}, {10, 6, 0.2, 434},   {10, 6, 0.9, 770},   {10, 6, 4.0, 590}, {10, 1, 0.25, 302},
+      {10, 2, 0.1, 50},     {10, 11, 0.05, 110}, {10, 53, 3.49, 770}, {10, 53, 3.5, 590}};
   for (const auto& [level, z, x, size] : cases)
     EXPECT_EQ(angular_size(angular_zones(grid_level(level), z), x), size) << level << ' ' << z << ' ' << x;
 }

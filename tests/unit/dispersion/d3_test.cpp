@@ -160,32 +160,28 @@ TEST(D3, ParametersByWordAndFunctional) {
 }
 
 TEST(D3Data, DamagedFiles) {
-  struct CASE_T {
-    std::string atomic, reference, message;
-    bool stops = true;
-  };
   const std::string hydrogen = "# comment\n! comment\n\n1 0.8 2.0\n";
   const std::string slots = "1 1 0 0 1\n1 1 1 0 1\n1 1 2 0 1\n1 1 3 0 1\n1 1 4 0 1\n1 1 5 0 1\n1 1 6.0000005 6 1\n";
-  const std::vector<CASE_T> cases = {
+  const std::vector<std::tuple<std::string, std::string, std::string>> cases = {
       {"", "", " *** ERROR: D3 atomic data file is empty\n"},
       {"0 1 1\n104 1 1\n# only what does not count\n", "", " *** ERROR: D3 atomic data file is empty\n"},
       {"1 0.8 2.0\n2 x 3\n", "", " *** ERROR: malformed D3 atomic line: 2 x 3\n"},
       {"1 0.8\n", "", " *** ERROR: malformed D3 atomic line: 1 0.8\n"},
       {"1.5 0.8 2.0\n", "", " *** ERROR: malformed D3 atomic line: 1.5 0.8 2.0\n"},
       {"1 nan 2.0\n", "", " *** ERROR: malformed D3 atomic line: 1 nan 2.0\n"},
-      {hydrogen, "", " *** WARNING: D3 reference database is empty (0 entries).\n", false},
-      {hydrogen, "104 1 0 0 5\n1 0 0 0 5\n", " *** WARNING: D3 reference database is empty (0 entries).\n", false},
+      {hydrogen, "", " *** WARNING: D3 reference database is empty (0 entries).\n"},
+      {hydrogen, "104 1 0 0 5\n1 0 0 0 5\n", " *** WARNING: D3 reference database is empty (0 entries).\n"},
       {hydrogen, "1 1 0 0\n", " *** ERROR: malformed D3 data line: 1 1 0 0\n"},
       {hydrogen, "1 H 0 0 5\n", " *** ERROR: malformed D3 data line: 1 H 0 0 5\n"},
-      {hydrogen, slots, "", false},
+      {hydrogen, slots, ""},
       {hydrogen, slots + "1 1 0 7 1\n", " *** ERROR: too many reference CN points for Z=1\n     MAX_REF = 7\n"},
   };
-  for (const CASE_T& entry : cases) {
-    SCOPED_TRACE(entry.atomic + "---\n" + entry.reference);
+  for (const auto& [atomic, reference, message] : cases) {
+    SCOPED_TRACE(atomic + "---\n" + reference);
     D3_DATA_T data;
     std::ostringstream report;
-    EXPECT_EQ(read_data(entry.atomic, entry.reference, data, report) != 0, entry.stops);
-    EXPECT_EQ(report.str(), entry.message);
+    EXPECT_EQ(read_data(atomic, reference, data, report) != 0, message.starts_with(" *** ERROR"));
+    EXPECT_EQ(report.str(), message);
   }
 }
 

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "geometry/covalent_radii.hpp"
 #include "geometry/internal_coords.hpp"
 #include "geometry/internal_coords_report.hpp"
@@ -234,25 +236,21 @@ TEST(Constraints, NearlyStraightAnglesStayFreeToTurn) {
 }
 
 TEST(Constraints, BadEntriesAreRefused) {
-  struct {
-    std::string geometry;
-    INTERNAL_COORDS::CONSTRAINT_T constraint;
-    std::string line;
-  } const cases[] = {
+  const std::tuple<std::string, INTERNAL_COORDS::CONSTRAINT_T, std::string> cases[] = {
       {"HOOH", {'X', {1, 2}, {}}, "constraint 2: unknown kind 'X' (expected B / A / D)."},
       {"HOOH", {'B', {1, 5}, {}}, "constraint 2: atom index out of range."},
       {"HOOH", {'A', {1, 2, 0}, {}}, "constraint 2: angle wing atom out of range."},
       {"HOOH", {'D', {1, 2, 3, 9}, {}}, "constraint 2: dihedral atom out of range."},
       {"acetylene", {'D', {3, 1, 2, 4}, {}}, "constraint 2: the dihedral has no value, three of its atoms lie on a line."},
       {"HOOH", {'B', {3, 4}, {}}, "cannot extend internal-coordinate set: MAX_BONDS reached."}};
-  for (const auto& test : cases) {
-    const STRUCTURE_T molecule = sample(test.geometry);
+  for (const auto& [geometry, constraint, line] : cases) {
+    const STRUCTURE_T molecule = sample(geometry);
     COORDINATE_SET_T set = coordinates_of(molecule);
-    if (test.line.find("MAX_BONDS") != std::string::npos) set.n_bonds = MAX_BONDS;
+    if (line.find("MAX_BONDS") != std::string::npos) set.n_bonds = MAX_BONDS;
     std::vector<CONSTRAINT_MATCH_T> matches;
-    EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, test.constraint}, molecule.x, set, matches), 0);
+    EXPECT_NE(apply_constraints({{'B', {1, 2}, {}}, constraint}, molecule.x, set, matches), 0);
     const std::string text = printed(print_constraint_matching, matches, set);
-    EXPECT_THAT(text, HasSubstr("   matched auto-generated bond #1\n *** ERROR: " + test.line + "\n"));
+    EXPECT_THAT(text, HasSubstr("   matched auto-generated bond #1\n *** ERROR: " + line + "\n"));
     EXPECT_THAT(text, ::testing::Not(HasSubstr("frozen out of")));
   }
 }

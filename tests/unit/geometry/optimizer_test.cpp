@@ -156,14 +156,9 @@ TEST(Optimizer, StepsThatRaiseTheEnergyAreTakenBack) {
 }
 
 TEST(TrustRadius, FollowsTheRatio) {
-  EXPECT_NEAR(next_trust(0.16, -0.1), 0.04, 1e-15);
-  EXPECT_EQ(next_trust(0.05, -0.1), 0.02);
-  EXPECT_NEAR(next_trust(0.16, 0.0), 0.08, 1e-15);
-  EXPECT_EQ(next_trust(0.03, 0.2), 0.02);
-  EXPECT_EQ(next_trust(0.15, 0.25), 0.15);
-  EXPECT_EQ(next_trust(0.15, 0.75), 0.15);
-  EXPECT_NEAR(next_trust(0.15, 0.8), 0.18, 1e-15);
-  EXPECT_EQ(next_trust(0.29, 1.0), 0.3);
+  const double rows[][3] = {{0.16, -0.1, 0.04}, {0.05, -0.1, 0.02}, {0.16, 0.0, 0.08}, {0.03, 0.2, 0.02},
+                            {0.15, 0.25, 0.15}, {0.15, 0.75, 0.15}, {0.15, 0.8, 0.18}, {0.29, 1.0, 0.3}};
+  for (const auto& [trust, ratio, next] : rows) EXPECT_NEAR(next_trust(trust, ratio), next, 1e-15) << trust << ' ' << ratio;
   EXPECT_EQ(energy_ratio(-1.0, 1e-16), 1.0);
   EXPECT_EQ(energy_ratio(-1.0, -2.0), 0.5);
 }

@@ -166,10 +166,6 @@ TEST(SADDLE_SEARCH, ClimbsFromEitherSideToTheBarrier) {
     EXPECT_NEAR(distance(found.positions, 0, 2), 2.4, 1e-3);
     EXPECT_EQ(found.negative_eigenvalues, 1);
     for (const FOLLOWED_MODE_T& followed : search.followed) EXPECT_GT(followed.overlap, 0.7);
-    // The final Hessian is handed out in Cartesian form: it bends the right way along the jump.
-    const Eigen::SelfAdjointEigenSolver<MATRIX> exact(cartesian_hessian(search.surface, found.positions));
-    const VECTOR way = exact.eigenvectors().col(0);
-    EXPECT_NEAR(way.dot(found.hessian * way) / exact.eigenvalues()(0), 1.0, 0.1);
   }
 }
 

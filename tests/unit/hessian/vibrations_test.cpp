@@ -90,19 +90,6 @@ TEST(Vibrations, FrequenciesAndThermochemistryOfReferenceHessians) {
 }
 
 TEST(Vibrations, RigidMotionsAreRemovedWhateverTheOrientation) {
-  const MOLECULE_T chlorine_fluoride = TESTS::bare_molecule("Cl 0 0 0\nF 0 0 1.63\n");
-  for (const double angle : {0.0, 0.4, 1.9}) {
-    const MOLECULE_T there = turned(chlorine_fluoride, angle);
-    const VECTOR root = root_masses(there);
-    const PROJECTION_T projection = project_rigid_motions(mass_weighted(spring(there, 0.3), root), there, root);
-    EXPECT_EQ(projection.n_removed, 5);
-    // omega = sqrt(k/mu) of the pair, with the weights of chlorine and fluorine.
-    const double mu = 35.453 * 18.9984 / (35.453 + 18.9984) * 1822.888486209;
-    const VIBRATIONS_T found = vibrations(there, spring(there, 0.3));
-    EXPECT_NEAR(found.frequencies(5), std::sqrt(0.3 / mu) * 219474.63, 1e-6);
-    EXPECT_EQ(found.count(MODE_TYPE::vibration), 1);
-    EXPECT_EQ(found.count(MODE_TYPE::tr), 5);
-  }
   // A molecule that counts as linear keeps both bends when it is not quite straight, along any direction.
   for (const char* geometry : {"O 0 0 0\nC 0 0 1.16\nO 0 0 2.32\n", "O 0 0 0\nC 1.16 1e-6 0\nO 2.32 0 0\n",
                                "O 0 0 0\nC 0.5188 1.0375 0\nO 1.0375 2.0750 0\n"}) {
@@ -168,22 +155,18 @@ TEST(Vibrations, TypesCountsAndPrintedBlocks) {
   EXPECT_EQ(verdict(found.frequencies, false), imaginary + "Not confirmed: an SCF or the search did not converge.\n");
   EXPECT_EQ(verdict(found.frequencies.tail(5), true),
             "   *** WARNING: 0 imaginary modes; a transition state has exactly one.\n");
-  const std::string without =
-      printed(print_vibrations, vibrations_of(values, MATRIX::Identity(6, 6), VECTOR::Constant(6, 10.0), nullptr));
-  EXPECT_THAT(without, HasSubstr("   Mode   Freq (cm^-1)   Type\n   ----   -----------   ------\n"
-                                 "      1     -500.0000   imag\n"));
-  EXPECT_THAT(without, HasSubstr("   Mode 1:  -500.0000 cm^-1\n"));
-  EXPECT_THAT(without, Not(HasSubstr("IR")));
 }
 
-TEST(Vibrations, IntensitiesOfPointCharges) {
-  // Charges +q and -q on a spring: d mu/dQ = q/sqrt(reduced mass) along the bond.
+TEST(Vibrations, FrequencyAndIntensityOfPointChargesOnASpring) {
+  // Charges +q and -q, force constant 0.5: omega = sqrt(0.5/mu), d mu/dQ = q/sqrt(mu) along the bond.
   const double q = 0.4;
   const MOLECULE_T pair = turned(TESTS::bare_molecule("H 0 0 0\nF 0 0 0.92\n"), 1.1);
   MATRIX dipole(3, 6);
   dipole << q * MATRIX::Identity(3, 3), -q * MATRIX::Identity(3, 3);
   const VIBRATIONS_T found = vibrations(pair, spring(pair, 0.5), &dipole);
   const double reduced = 1.00794 * 18.9984 / (1.00794 + 18.9984) * ELECTRON_MASSES_PER_U;
+  EXPECT_NEAR(found.frequencies(5), std::sqrt(0.5 / reduced) * WAVENUMBER_PER_HARTREE, 1e-6);
+  EXPECT_EQ(found.count(MODE_TYPE::tr), 5);
   EXPECT_NEAR(found.intensities(5), q * q / reduced * KM_MOL_PER_AU, 1e-6);
   EXPECT_EQ(found.intensities.head(5).norm(), 0.0);
 }
@@ -213,11 +196,7 @@ TEST(Vibrations, HessianIsPrintedInBlocksOfSixColumns) {
 }
 
 TEST(SymmetryNumber, OfKnownShapes) {
-  struct CASE_T {
-    const char* geometry;
-    int number;
-  };
-  const std::vector<CASE_T> cases = {
+  const std::pair<const char*, int> cases[] = {
       {"He 0 0 0\n", 1},
       {"H 0 0 0\nF 0 0 0.9\n", 1},
       {"O 0 0 1.16\nC 0 0 0\nO 0 0 -1.16\n", 2},
@@ -241,8 +220,8 @@ TEST(SymmetryNumber, OfKnownShapes) {
        2},
       // two equal atoms far from a centre heavy enough that only C2 is left
       {"O 0.7 0 -0.05\nO -0.7 0 -0.05\nH 0.9 0.75 0.45\nH -0.9 -0.75 0.45\n", 2}};
-  for (const CASE_T& test : cases) {
-    EXPECT_EQ(rotational_symmetry_number(TESTS::bare_molecule(test.geometry)), test.number) << test.geometry;
-    EXPECT_EQ(rotational_symmetry_number(turned(TESTS::bare_molecule(test.geometry), 0.8)), test.number) << test.geometry;
+  for (const auto& [geometry, number] : cases) {
+    EXPECT_EQ(rotational_symmetry_number(TESTS::bare_molecule(geometry)), number) << geometry;
+    EXPECT_EQ(rotational_symmetry_number(turned(TESTS::bare_molecule(geometry), 0.8)), number) << geometry;
   }
 }

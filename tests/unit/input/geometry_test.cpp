@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/Geometry>
+#include <tuple>
 
 #include "constants/units.hpp"
 #include "parsing.hpp"
@@ -76,12 +77,7 @@ TEST(Fragments, ChargesAndMultiplicities) {
   // Li (1), H2O (2), O2 (3).
   const std::string geometry =
       "%job bsse\n%geo\nLi 0 0 0 1\nO 0 0 2 2\nH 0 0.8 2.6 2\nH 0 -0.8 2.6 2\nO 4 0 0 3\nO 4 0 1.2 3\n*end\n";
-  struct CASE_T {
-    std::string lines;
-    std::vector<std::pair<int, int>> states;
-    std::string note;
-  };
-  const CASE_T cases[] = {
+  const std::tuple<std::string, std::vector<std::pair<int, int>>, std::string> cases[] = {
       {"%mult 2\n",
        {{0, 2}, {0, 1}, {0, 1}},
        "   NOTE: fragment 1 has an odd number of electrons and is computed as a doublet.\n"},
@@ -90,15 +86,14 @@ TEST(Fragments, ChargesAndMultiplicities) {
       {"%charge 1\n%charge 1=1\n%mult 3\n%mult 3=3\n", {{1, 1}, {0, 1}, {0, 3}}, ""},
       {"%mult 2\n%mult 1=2\n", {{0, 2}, {0, 1}, {0, 1}}, ""},
   };
-  for (const CASE_T& entry : cases) {
-    SCOPED_TRACE(entry.lines);
-    const auto result = parse(entry.lines + geometry);
+  for (const auto& [lines, states, note] : cases) {
+    SCOPED_TRACE(lines);
+    const auto result = parse(lines + geometry);
     ASSERT_EQ(result.error, 0) << result.report;
-    EXPECT_NE(result.report.find(entry.note), std::string::npos) << result.report;
-    for (std::size_t f = 0; f < entry.states.size(); ++f) {
-      EXPECT_EQ(result.input.fragment_charge.at(static_cast<int>(f) + 1), entry.states[f].first);
-      EXPECT_EQ(result.input.fragment_multiplicity.at(static_cast<int>(f) + 1), entry.states[f].second);
-    }
+    EXPECT_NE(result.report.find(note), std::string::npos) << result.report;
+    for (int f = 1; f <= 3; ++f)
+      EXPECT_EQ(std::pair(result.input.fragment_charge.at(f), result.input.fragment_multiplicity.at(f)),
+                states[static_cast<std::size_t>(f - 1)]);
   }
   const std::string error =
       "   BSSE: 3 fragments detected:\n         fragment 1: 1 atoms\n         fragment 2: 3 atoms\n"

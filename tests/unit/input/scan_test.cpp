@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "parsing.hpp"
 
 namespace zentrix {
@@ -15,12 +17,7 @@ const std::string scan = "%job scan\n" + peroxide + "%scan\n";
 const std::string constrained = "%job opt\n" + peroxide + "%constrain\n";
 
 TEST(Scan, LinesInAllTheirForms) {
-  struct {
-    const char* line;
-    char kind;
-    double from, to, step;
-    int points;
-  } const cases[] = {
+  const std::tuple<const char*, char, double, double, double, int> cases[] = {
       {"R 2 1.0 2.0 0.1", 'R', 1.0, 2.0, 0.1, 11},
       {"r 2 from 1.0 to 2.0 step 0.1", 'R', 1.0, 2.0, 0.1, 11},
       {"R 2 From 1.0 2.0 STEP 0.1", 'R', 1.0, 2.0, 0.1, 11},
@@ -30,15 +27,12 @@ TEST(Scan, LinesInAllTheirForms) {
       {"A 3 90 91 50", 'A', 90.0, 91.0, 1.0, 2},
       {"A 3 90 90 0", 'A', 90.0, 90.0, 0.0, 1},
   };
-  for (const auto& c : cases) {
-    const auto result = parse(scan + c.line + "\n*end\n");
-    ASSERT_EQ(result.error, 0) << c.line << "\n" << result.report;
+  for (const auto& [line, kind, from, to, step, points] : cases) {
+    const auto result = parse(scan + line + "\n*end\n");
+    ASSERT_EQ(result.error, 0) << line << "\n" << result.report;
     const SCAN_VARIABLE_T& v = result.input.scan.at(0);
-    EXPECT_EQ(v.kind, c.kind) << c.line;
-    EXPECT_EQ(v.from, c.from) << c.line;
-    EXPECT_EQ(v.to, c.to) << c.line;
-    EXPECT_NEAR(v.step, c.step, 1e-14) << c.line;
-    EXPECT_EQ(v.points, c.points) << c.line;
+    EXPECT_EQ(std::tie(v.kind, v.from, v.to, v.points), std::tie(kind, from, to, points)) << line;
+    EXPECT_NEAR(v.step, step, 1e-14) << line;
   }
 }
 

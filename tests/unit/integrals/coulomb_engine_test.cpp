@@ -1,7 +1,6 @@
 #include "integrals/coulomb_engine.hpp"
 
 #include <gtest/gtest.h>
-#include <omp.h>
 
 #include "integrals/boys.hpp"
 #include "molecule/cartesian.hpp"
@@ -37,32 +36,10 @@ MATRIX build(const MOLECULE_T& m, const MATRIX& density, double threshold) {
 
 double largest_difference(const MATRIX& a, const MATRIX& b) { return (a - b).cwiseAbs().maxCoeff(); }
 
-/// J by brute force over the scalar reference integrals.
-MATRIX reference_coulomb(const MOLECULE_T& m, const MATRIX& density) {
-  const std::vector<int> first = cartesian_offsets(m);
-  const int n = static_cast<int>(m.shells.size());
-  MATRIX j = MATRIX::Zero(density.rows(), density.cols());
-  std::vector<double> block;
-  for (int a = 0; a < n; ++a)
-    for (int b = 0; b <= a; ++b)
-      for (int c = 0; c < n; ++c)
-        for (int d = 0; d <= c; ++d) {
-          compute_eri_contracted(samples::centered(m, a), samples::centered(m, b), samples::centered(m, c),
-                                 samples::centered(m, d), block);
-          const double both = c == d ? 1.0 : 2.0;
-          const double* value = block.data();
-          for (int i = first[a]; i < first[a + 1]; ++i)
-            for (int k = first[b]; k < first[b + 1]; ++k)
-              for (int p = first[c]; p < first[c + 1]; ++p)
-                for (int q = first[d]; q < first[d + 1]; ++q) j(i, k) += both * *value++ * density(p, q);
-        }
-  return j.selfadjointView<Eigen::Lower>();
-}
-
 TEST(coulomb_engine, agrees_with_reference_integrals_from_s_to_h_in_every_instruction_set) {
   for (const MOLECULE_T& m : {mixed_molecule(), samples::mixed_molecule(5, false)}) {
     const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 11);
-    const MATRIX expected = reference_coulomb(m, d);
+    const MATRIX expected = samples::brute_force(m, d).j[0];
     for (kernels::ISA isa : samples::available_isas()) {
       const ISA_GUARD guard(isa);
       EXPECT_LT(largest_difference(build(m, d, 1e-14), expected), 1e-11 * expected.cwiseAbs().maxCoeff())
@@ -81,23 +58,6 @@ TEST(coulomb_engine, several_densities_share_a_build) {
   for (std::size_t k = 0; k < densities.size(); ++k)
     EXPECT_LT(largest_difference(together[k], build(m, densities[k], 1e-15)), 1e-11) << k;
   EXPECT_TRUE(COULOMB_ENGINE(m).build({}, 1e-11).empty());
-}
-
-TEST(coulomb_engine, threads_repeat_and_agree) {
-  const MOLECULE_T m = mixed_molecule();
-  const MATRIX d = random_symmetric(cartesian_offsets(m).back(), 3);
-  const int before = omp_get_max_threads();
-  const auto with_threads = [&](int n) {
-    omp_set_num_threads(n);
-    return build(m, d, 1e-11);
-  };
-  const MATRIX one = with_threads(1);
-  for (int n : {1, 2, 3, 7}) {
-    const MATRIX first = with_threads(n);
-    EXPECT_LT(largest_difference(first, one), 1e-9) << n;
-    EXPECT_EQ(with_threads(n), first) << n;
-  }
-  omp_set_num_threads(before);
 }
 
 TEST(coulomb_engine, precise_boys_mode_reaches_the_kernels) {

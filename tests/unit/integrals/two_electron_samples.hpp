@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "constants/limits.hpp"
+#include "integrals/integrals_2e.hpp"
 #include "integrals/reference_eri.hpp"
 #include "linalg/matrix.hpp"
+#include "molecule/cartesian.hpp"
 #include "molecule/types.hpp"
 #include "support/instruction_sets.hpp"
 
@@ -82,6 +84,38 @@ inline MATRIX random_symmetric(int n, unsigned seed) {
 inline INTEGRALS_2E::CENTERED_SHELL_T centered(const MOLECULE_T& m, int s) {
   const SHELL_T& shell = m.shells[static_cast<std::size_t>(s)];
   return {shell, m.atoms[static_cast<std::size_t>(shell.atom)].position};
+}
+
+/// work(s, t, u, v, integrals) for all quartets of shells with v <= u.
+template <class WORK>
+void for_every_quartet(const MOLECULE_T& m, const WORK& work) {
+  const int n = static_cast<int>(m.shells.size());
+  std::vector<double> block;
+  for (int s = 0; s < n; ++s)
+    for (int t = 0; t < n; ++t)
+      for (int u = 0; u < n; ++u)
+        for (int v = 0; v <= u; ++v) {
+          INTEGRALS_2E::compute_eri_contracted(centered(m, s), centered(m, t), centered(m, u), centered(m, v), block);
+          work(s, t, u, v, block);
+        }
+}
+
+/// J and K of a symmetric density, all over bare components.
+inline INTEGRALS_2E::JK_RESULT_T brute_force(const MOLECULE_T& m, const MATRIX& density) {
+  const std::vector<int> first = cartesian_offsets(m);
+  MATRIX j = MATRIX::Zero(density.rows(), density.cols()), k = j;
+  for_every_quartet(m, [&](int s, int t, int u, int v, const std::vector<double>& block) {
+    std::size_t at = 0;
+    for (int a = first[s]; a < first[s + 1]; ++a)
+      for (int b = first[t]; b < first[t + 1]; ++b)
+        for (int c = first[u]; c < first[u + 1]; ++c)
+          for (int e = first[v]; e < first[v + 1]; ++e, ++at) {
+            j(a, b) += (u == v ? 1.0 : 2.0) * block[at] * density(c, e);
+            k(a, c) += block[at] * density(b, e);
+            if (u != v) k(a, e) += block[at] * density(b, c);
+          }
+  });
+  return {{j}, {k}};
 }
 
 }  // namespace zentrix::samples

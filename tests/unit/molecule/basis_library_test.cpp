@@ -174,32 +174,22 @@ TEST(BASIS_LIBRARY, FileNamesFollowTheRuleInBothNamings) {
 
 /// A damaged file must be told from a missing element, and never crash or allocate without bound.
 TEST(BASIS_READER, RefusesDamagedFiles) {
-  struct CASE_T {
-    const char* text;
-    DATA_STATUS expected;
-    int z = 1;
-  };
-  const CASE_T cases[] = {
-      {"****\nH 0\nS 1 1.00\n 1.0 1.0\n****\n", DATA_STATUS::ok},
-      {"! c\n****\nHe 0\nS 1 1.0\n 1.0 1.0\n****\nh 0\ns 1 1.00\n 0.10D+01 1.0\n", DATA_STATUS::ok},
-      {"****\nHe 0\nS 1 1.0\n 1.0 1.0\n****\n", DATA_STATUS::no_element},
-      {"", DATA_STATUS::no_element},
-      {"****\nXx 0\nS 1 1.0\n 1.0 1.0\n****\n", DATA_STATUS::no_element, 0},  // an unknown symbol is no element
-      {"****\nH 0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nS 2 1.00\n 1.0 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nS 1000000000 1.00\n 1.0 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nS 1 1.00\n -1.0 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nS 1 1.00\n nan 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nS 1 1.00\n 1e999 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nSP 1 1.00\n 1.0 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nQ 1 1.00\n 1.0 1.0\n****\n", DATA_STATUS::parse_error},
-      {"****\nH 0\nH 1 1.00\n 1.0 1.0\n****\n", DATA_STATUS::angular_momentum},
-  };
-  for (const CASE_T& c : cases) {
-    std::istringstream file(c.text);
+  const auto status = [](const std::string& text, int z = 1) {
+    std::istringstream file(text);
     ELEMENT_BASIS_T basis;
-    EXPECT_EQ(read_basis(file, c.z, basis), c.expected) << c.text;
-  }
+    return read_basis(file, z, basis);
+  };
+  const std::string helium = "****\nHe 0\nS 1 1.0\n 1.0 1.0\n****\n", hydrogen = "****\nH 0\n";
+  EXPECT_EQ(status(hydrogen + "S 1 1.00\n 1.0 1.0\n****\n"), DATA_STATUS::ok);
+  EXPECT_EQ(status("! c\n" + helium + "h 0\ns 1 1.00\n 0.10D+01 1.0\n"), DATA_STATUS::ok);
+  EXPECT_EQ(status(helium), DATA_STATUS::no_element);
+  EXPECT_EQ(status(""), DATA_STATUS::no_element);
+  EXPECT_EQ(status("****\nXx 0\nS 1 1.0\n 1.0 1.0\n****\n", 0), DATA_STATUS::no_element);  // no symbol belongs to 0
+  EXPECT_EQ(status(hydrogen + "H 1 1.00\n 1.0 1.0\n****\n"), DATA_STATUS::angular_momentum);
+  for (const char* shells :
+       {"", "S 2 1.00\n 1.0 1.0\n", "S 1000000000 1.00\n 1.0 1.0\n", "S 1 1.00\n -1.0 1.0\n", "S 1 1.00\n nan 1.0\n",
+        "S 1 1.00\n 1e999 1.0\n", "SP 1 1.00\n 1.0 1.0\n", "Q 1 1.00\n 1.0 1.0\n"})
+    EXPECT_EQ(status(hydrogen + shells + "****\n"), DATA_STATUS::parse_error) << shells;
 }
 
 TEST(BASIS_READER, SplitsSharedExponentsAndScalesThem) {

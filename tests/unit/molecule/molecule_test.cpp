@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 
 #include "molecule/shell_validation.hpp"
 #include "report/stop.hpp"
@@ -34,12 +35,7 @@ BUILT_T build(const INPUT_PARSER::INPUT_DATA_T& input) {
 }
 
 TEST(MOLECULE, ElectronCountsAndTheirMessages) {
-  struct CASE_T {
-    int charge;
-    int multiplicity;
-    const char* message;
-  };
-  const CASE_T cases[] = {
+  const std::tuple<int, int, const char*> cases[] = {
       {2, 1, " *** ERROR: Non-positive electron count: 0\n     Check charge and atomic numbers.\n"},
       {0, 2,
        "     nelec = 2,  multiplicity = 2\n     Even electrons require odd multiplicity (singlet=1, triplet=3, ...).\n"},
@@ -49,10 +45,10 @@ TEST(MOLECULE, ElectronCountsAndTheirMessages) {
       {0, -1, " *** ERROR: Multiplicity must be >= 1, got: -1\n"},
       {-2147483647, 1, " *** ERROR: "},
   };
-  for (const CASE_T& c : cases) {
-    const BUILT_T built = build(TESTS::sample_input("H 0 0 0\nH 0 0 0.74\n", "STO-3G", {c.charge, c.multiplicity, false}));
-    EXPECT_NE(built.error, 0) << c.message;
-    EXPECT_THAT(built.report, HasSubstr(c.message));
+  for (const auto& [charge, multiplicity, message] : cases) {
+    const BUILT_T built = build(TESTS::sample_input("H 0 0 0\nH 0 0 0.74\n", "STO-3G", {charge, multiplicity, false}));
+    EXPECT_NE(built.error, 0) << message;
+    EXPECT_THAT(built.report, HasSubstr(message));
   }
 }
 

@@ -68,7 +68,4 @@ TEST(Solvation, WhatIsResolvedFromWhatWasGiven) {
   EXPECT_EQ(outcome(model_only, false, solvation), " --- PCM: no solvent specified; defaulting to water (eps=78.36) ---\n");
   EXPECT_EQ(solvation.permittivity, 78.3553);
   EXPECT_EQ(model_name(solvation.model), "COSMO");
-  model_only.pcm_model = static_cast<PCM_MODEL>(7);
-  model_only.eps_given = true;
-  EXPECT_EQ(outcome(model_only, false, solvation), " *** PCM ERROR: Unknown model id 7\n");
 }
