@@ -48,6 +48,13 @@ std::string angular_scheme_text(const GRID_LEVEL_T& level) {
   return "Lebedev, uniform (no pruning)";
 }
 
+/// Sizes of carbon's zones from the inside out.
+std::string angular_sizes_text(const GRID_LEVEL_T& level) {
+  std::string text;
+  for (const int size : angular_zones(level, CARBON).sizes) text += (text.empty() ? "" : " / ") + std::to_string(size);
+  return text;
+}
+
 std::string size_adjustment_text(SIZE_ADJUSTMENT adjustment) {
   switch (adjustment) {
     case SIZE_ADJUSTMENT::none:
@@ -73,7 +80,7 @@ void print_grid(const MOLECULAR_GRID_T& grid, std::ostream& report) {
   fmt::print(report, "   Radial scheme      : {}\n", radial_scheme_text(level));
   fmt::print(report, "   Radial points/atom : {}\n", radial_points_text(level));
   fmt::print(report, "   Angular scheme     : {}\n", angular_scheme_text(level));
-  fmt::print(report, "   Angular sizes      : {}\n", fmt::join(angular_zones(level, CARBON).sizes, " / "));
+  fmt::print(report, "   Angular sizes      : {}\n", angular_sizes_text(level));
   fmt::print(report, "   Becke size adj.    : {}\n", size_adjustment_text(level.size_adjustment));
   fmt::print(report, "   Grid points (total): {}\n", grid.size());
 }
