@@ -33,8 +33,8 @@ std::array<MATRIX, 3> dipole(const MOLECULE_T& molecule, const std::array<double
 
 /// Derivative of tr D (T + V) - tr W S with respect to the nuclear positions at fixed D and W (symmetric, n_basis x n_basis,
 /// functions of the run), basis functions and nuclei moving alike: 3 x natom values, atom by atom, hartree/bohr. D is the
-/// total density, W the energy-weighted one. One pass over the shell pairs. Stops the run when a
-/// shell is not sound or above LMAX_GRAD.
+/// total density, W the energy-weighted one. One pass over the shell pairs. Stops the run when a shell is not sound or above
+/// LMAX_GRAD.
 VECTOR one_electron_gradient(const MOLECULE_T& molecule, const MATRIX& density, const MATRIX& energy_weighted);
 
 /// Trace, largest absolute element, smallest and largest diagonal element under a one-letter label.
